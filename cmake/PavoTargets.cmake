@@ -1,0 +1,49 @@
+# How every target of the tree is compiled and how every test is registered.
+
+option(PAVO_WERROR "Treat warnings as errors" ON)
+set(PAVO_SANITIZE "" CACHE STRING "Sanitizers of every target, as -fsanitize= takes them")
+
+add_library(pavo_build_options INTERFACE)
+if(MSVC)
+  target_compile_options(pavo_build_options INTERFACE /W4 /utf-8 $<$<BOOL:${PAVO_WERROR}>:/WX>)
+else()
+  target_compile_options(pavo_build_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${PAVO_WERROR}>:-Werror>)
+endif()
+target_compile_definitions(pavo_build_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
+  $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601>)
+if(PAVO_SANITIZE)
+  add_compile_options(-fsanitize=${PAVO_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${PAVO_SANITIZE})
+endif()
+
+# pavo_target(NAME): our warnings, our Qt settings, and the tree's root for #include.
+function(pavo_target name)
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:pavo_build_options>)
+  set_target_properties(${name} PROPERTIES AUTOMOC ON)
+endfunction()
+
+# pavo_add_test(NAME SOURCES ... LIBS ... [ISOLATED] [LABELS LABEL] [TIMEOUT SECONDS])
+#   One GoogleTest executable. ISOLATED registers each of its tests on its own, so that each has a
+#   process of its own (singletons, exit behaviour); otherwise the executable is one test.
+function(pavo_add_test name)
+  cmake_parse_arguments(arg "ISOLATED" "TIMEOUT;LABELS" "SOURCES;LIBS" ${ARGN})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  pavo_target(${name})
+  target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gtest)
+  set(properties TIMEOUT ${arg_TIMEOUT})
+  if(arg_LABELS)
+    list(APPEND properties LABELS ${arg_LABELS})
+  endif()
+  if(arg_ISOLATED)
+    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
+      DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES ${properties})
+  endif()
+endfunction()

@@ -1,0 +1,34 @@
+# shellcheck shell=bash
+# The Debian packages of each purpose. A bare system has none of them.
+
+packages_native="cmake ninja-build g++ ccache qtbase5-dev libjsoncpp-dev liblog4cplus-dev libgtest-dev"
+packages_sources="dpkg-dev make perl googletest"
+packages_windows="$packages_native $packages_sources g++-mingw-w64-x86-64-posix libz-mingw-w64-dev
+                  wine wine64 xvfb xauth"
+packages_tsan="$packages_native $packages_sources libpcre2-dev zlib1g-dev"
+packages_format="git clang-format"
+packages_lint="$packages_native clang-tidy"
+
+# need PURPOSE...: installs what is missing for these purposes.
+need() {
+    local purpose name list='' missing sudo=''
+    for purpose in "$@"; do
+        name=packages_$purpose
+        list+=" ${!name}"
+    done
+    # shellcheck disable=SC2086 # a list of words
+    missing=$(comm -13 \
+        <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' $list 2> /dev/null \
+            | sed -n 's/^installed //p' | sort -u) \
+        <(printf '%s\n' $list | sort -u))
+    [ -n "$missing" ] || return 0
+    say "Installing Debian packages:" $missing
+    if [ "$(id -u)" != 0 ]; then
+        sudo=sudo
+        command -v sudo > /dev/null || die "these packages need root to install, and there is no sudo"
+    fi
+    local apt="$sudo env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=600"
+    $apt update >&2
+    # shellcheck disable=SC2086
+    $apt -o Dpkg::Use-Pty=0 install --yes --no-install-recommends $missing < /dev/null >&2
+}
