@@ -1,0 +1,250 @@
+#include "pavo_base/JSONUtils.h"
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+std::unique_ptr<Json::CharReader> makeReader()
+{
+    Json::CharReaderBuilder builder;
+    builder["failIfExtra"] = true;
+    builder["stackLimit"] = JSONUtils::kMaxDepth;
+    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+}
+
+std::unique_ptr<Json::StreamWriter> makeWriter()
+{
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["commentStyle"] = "None";
+    builder["emitUTF8"] = true;
+    return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
+}
+
+// Readers and writers take longer to configure than to do their work and keep state while they do
+// it, so each thread has one. It goes with its thread; static destructors and exit handlers come
+// after that on the main thread and get a new one, which stays until the process is gone.
+template<typename Tool>
+Tool& perThread(std::unique_ptr<Tool> (*make)())
+{
+    thread_local Tool* tool = nullptr;
+    struct Cleaner
+    {
+        ~Cleaner() { delete std::exchange(tool, nullptr); }
+    };
+    thread_local const Cleaner cleaner;
+    if (!tool)
+        tool = make().release();
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the cleaner runs when the thread ends
+    return *tool;
+}
+
+// jsoncpp's own settings against these leave gaps: it skips comments between the items of a
+// container all the same, and allows a comma after the last member of an object when that member's
+// key is empty.
+bool hasCommentOrTrailingComma(const char* position, const char* end)
+{
+    char previous = '\0';
+    for (; position != end; ++position) {
+        switch (*position) {
+        case '/':
+            return true;
+        case '}':
+        case ']':
+            if (previous == ',')
+                return true;
+            break;
+        case '"':
+            for (++position; position != end && *position != '"'; ++position) {
+                if (*position == '\\' && position + 1 != end)
+                    ++position;
+            }
+            if (position == end)
+                return false;
+            break;
+        case ' ':
+        case '\t':
+        case '\n':
+        case '\r':
+            continue;
+        default:
+            break;
+        }
+        previous = *position;
+    }
+    return false;
+}
+
+bool parse(const char* begin, const char* end, Json::Value& value)
+{
+    try {
+        return !hasCommentOrTrailingComma(begin, end) &&
+               perThread(&makeReader).parse(begin, end, &value, nullptr);
+    } catch (const Json::Exception&) {
+        return false; // nested too deeply
+    }
+}
+
+bool isWithinDepth(const Json::Value& value, int levels)
+{
+    return levels > 0 &&
+           std::all_of(value.begin(), value.end(), [levels](const Json::Value& child) {
+               return isWithinDepth(child, levels - 1);
+           });
+}
+
+std::string asText(const Json::Value& value, const std::string& fallback)
+{
+    return value.isString() ? value.asString() : fallback;
+}
+
+int asInt(const Json::Value& value, int fallback)
+{
+    return value.isInt() ? value.asInt() : fallback;
+}
+
+unsigned asUInt(const Json::Value& value, unsigned fallback)
+{
+    return value.isUInt() ? value.asUInt() : fallback;
+}
+
+Json::Int64 asInt64(const Json::Value& value, Json::Int64 fallback)
+{
+    return value.isInt64() ? value.asInt64() : fallback;
+}
+
+bool asBool(const Json::Value& value, bool fallback)
+{
+    return value.isBool() ? value.asBool() : fallback;
+}
+
+const Json::Value* find(std::string_view key, const Json::Value& container)
+{
+    if (!container.isObject())
+        return nullptr;
+    const std::string name(key); // jsoncpp takes no null pointer, which an empty view may hold
+    return container.find(name.data(), name.data() + name.size());
+}
+
+} // namespace
+
+bool JSONUtils::parseJSON(const std::string& text, Json::Value& out)
+{
+    Json::Value value;
+    const char* const begin = text.c_str();
+    const bool parsed = parse(begin, begin + std::strlen(begin), value);
+    out = parsed ? std::move(value) : Json::Value();
+    return parsed;
+}
+
+bool JSONUtils::parseJSON(const char* data, int length, Json::Value& out)
+{
+    Json::Value value;
+    const bool parsed =
+        data && length > 0 && parse(data, std::find(data, data + length, '\0'), value);
+    out = parsed ? std::move(value) : Json::Value();
+    return parsed;
+}
+
+bool JSONUtils::isJSONArray(const Json::Value& value)
+{
+    return value.isArray();
+}
+
+bool JSONUtils::isJSONObject(const Json::Value& value)
+{
+    return value.isObject();
+}
+
+bool JSONUtils::has(std::string_view key, const Json::Value& container)
+{
+    return find(key, container) != nullptr;
+}
+
+std::string JSONUtils::optString(std::string_view key, const Json::Value& container,
+                                 const std::string& fallback)
+{
+    return asText(optObject(key, container), fallback);
+}
+
+std::string JSONUtils::optString(Json::ArrayIndex index, const Json::Value& container,
+                                 const std::string& fallback)
+{
+    return asText(optObject(index, container), fallback);
+}
+
+int JSONUtils::optInt(std::string_view key, const Json::Value& container, int fallback)
+{
+    return asInt(optObject(key, container), fallback);
+}
+
+int JSONUtils::optInt(Json::ArrayIndex index, const Json::Value& container, int fallback)
+{
+    return asInt(optObject(index, container), fallback);
+}
+
+unsigned JSONUtils::optUInt(std::string_view key, const Json::Value& container, unsigned fallback)
+{
+    return asUInt(optObject(key, container), fallback);
+}
+
+unsigned JSONUtils::optUInt(Json::ArrayIndex index, const Json::Value& container, unsigned fallback)
+{
+    return asUInt(optObject(index, container), fallback);
+}
+
+Json::Int64 JSONUtils::optInt64(std::string_view key, const Json::Value& container,
+                                Json::Int64 fallback)
+{
+    return asInt64(optObject(key, container), fallback);
+}
+
+Json::Int64 JSONUtils::optInt64(Json::ArrayIndex index, const Json::Value& container,
+                                Json::Int64 fallback)
+{
+    return asInt64(optObject(index, container), fallback);
+}
+
+bool JSONUtils::optBool(std::string_view key, const Json::Value& container, bool fallback)
+{
+    return asBool(optObject(key, container), fallback);
+}
+
+bool JSONUtils::optBool(Json::ArrayIndex index, const Json::Value& container, bool fallback)
+{
+    return asBool(optObject(index, container), fallback);
+}
+
+const Json::Value& JSONUtils::optObject(std::string_view key, const Json::Value& container)
+{
+    const Json::Value* const member = find(key, container);
+    return member ? *member : Json::Value::nullSingleton();
+}
+
+const Json::Value& JSONUtils::optObject(Json::ArrayIndex index, const Json::Value& container)
+{
+    return container.isArray() ? container[index] : Json::Value::nullSingleton();
+}
+
+void JSONUtils::put(std::string_view key, Json::Value value, Json::Value& object)
+{
+    if (!object.isObject())
+        object = Json::Value(Json::objectValue);
+    object[std::string(key)] = std::move(value);
+}
+
+std::string JSONUtils::stringFromJSON(const Json::Value& value)
+{
+    if (!isWithinDepth(value, kMaxDepth))
+        return {};
+    std::ostringstream text;
+    perThread(&makeWriter).write(value, &text);
+    return text.str();
+}

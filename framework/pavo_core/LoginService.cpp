@@ -1,0 +1,3 @@
+#include "pavo_core/LoginService.h"
+
+LoginService::~LoginService() = default;
