@@ -1,0 +1,19 @@
+#include "platform/ThreadCanceller.h"
+
+#include "platform/posix/CancellableThread.h"
+
+namespace pavo {
+
+ThreadCanceller::ThreadCanceller()
+    : m_thread(CancellableThread::current())
+{
+}
+
+ThreadCanceller::~ThreadCanceller() = default;
+
+void ThreadCanceller::cancel()
+{
+    m_thread->cancel();
+}
+
+} // namespace pavo

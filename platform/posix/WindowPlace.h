@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/Win32.h"
+#include "platform/posix/UniqueFd.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+
+namespace pavo::posix {
+
+// A window is a FIFO in the user's runtime folder. Its owner holds it open for reading and whoever
+// posts writes to it, so that a FIFO which nobody reads is the window of a dead process. The name
+// holds a digest of class and title, and the window's handle.
+//
+// The FIFO of a visible window is executable: that can be changed in one step.
+
+// What is written to the FIFO for one post.
+struct PostedMessage
+{
+    std::uint64_t message;
+    WPARAM wParam;
+    LPARAM lParam;
+};
+
+// A handle is a number: any process can tell which window it names.
+inline HWND windowHandle(std::uintptr_t number)
+{
+    return reinterpret_cast<HWND>(number); // NOLINT(performance-no-int-to-ptr)
+}
+
+QByteArray windowFileName(const QString& className, const QString& title, HWND window);
+
+// The window of that class and title, or null. Handed out by FindWindowW.
+HWND findWindow(const QString& className, const QString& title);
+
+// The FIFO of a living window, open for writing; `isVisible` may be null.
+UniqueFd openWindow(HWND window, bool* isVisible);
+
+} // namespace pavo::posix

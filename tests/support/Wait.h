@@ -1,0 +1,10 @@
+#pragma once
+
+#include <functional>
+
+/// How long a condition may take before a test gives it up. Generous, since instrumented builds and
+/// loaded machines are slow, and never waited for when all is well.
+constexpr int kDeadlineMs = 30000;
+
+/// Runs the calling thread's event loop until `condition` holds; false when it never did.
+bool waitUntil(const std::function<bool()>& condition, int deadlineMs = kDeadlineMs);
