@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/SegmentGate.h"
+
+namespace pavo {
+
+// The system's side of a gate, held from construction to destruction unless there is a problem.
+// Construction also puts right what a dead process has left of the lock.
+class SegmentGate::Passage
+{
+public:
+    explicit Passage(const QSharedMemory& memory);
+    ~Passage();
+    Passage(const Passage&) = delete;
+    Passage& operator=(const Passage&) = delete;
+
+    [[nodiscard]] QString problem() const { return m_problem; }
+
+    // Where the system keeps a segment that nobody uses any more: sees to it that there is one of
+    // `size` bytes that is in use or zero, so that attaching is all that is left to do.
+    void prepare(int size);
+    // Where the system keeps a lock that nobody uses any more: removes it.
+    void cleanUp();
+
+private:
+    class Hold;
+
+    const QString m_segment; // the system's name of the segment
+    QString m_problem;
+    std::unique_ptr<Hold> m_hold;
+};
+
+// The system's names of what belongs to the segment of that name.
+QString segmentGateName(const QString& segment);
+QString segmentLockName(const QString& segment);
+
+} // namespace pavo

@@ -1,0 +1,45 @@
+#include "platform/SegmentGatePassage.h"
+#include "platform/UniqueHandle.h"
+#include "tests/process/SegmentGateMember.h"
+
+#include <gtest/gtest.h>
+
+// What only named objects make possible.
+
+TEST(SegmentGateWindowsTest, NameThatIsTakenLeavesAPlainSegment)
+{
+    const UniqueKey key;
+    const QString name = pavo::segmentGateName(QSharedMemory(key).nativeKey());
+    const pavo::UniqueHandle obstacle(
+        CreateEventW(nullptr, FALSE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
+    ASSERT_TRUE(obstacle);
+    QSharedMemory memory(key);
+    pavo::SegmentGate gate(memory);
+    EXPECT_TRUE(gate.problem().contains(name));
+    EXPECT_EQ(gate.attach(kSegmentSize), QSharedMemory::NoError);
+    EXPECT_TRUE(memory.lock());
+    EXPECT_TRUE(memory.unlock());
+    gate.detach();
+    EXPECT_FALSE(memory.isAttached());
+}
+
+// Whether the dead one or a living one has the lock cannot be told, so a plain user that keeps it
+// too long loses it: better than that everybody waits for ever. The harm does not last.
+TEST(SegmentGateWindowsTest, PlainUserMayLoseItsLockWhenSomebodyInTheGateIsKilled)
+{
+    const UniqueKey key;
+    Member plain(key, 0, false);
+    EXPECT_TRUE(plain.attach());
+    MemberProcess victim(key, kFirstVictim);
+    EXPECT_EQ(victim.ask("attach"), "ok");
+    MemberProcess next(key, 1);
+    EXPECT_EQ(next.ask("attach"), "ok");
+    EXPECT_EQ(victim.ask("stop gate"), "ok");
+    EXPECT_TRUE(plain.memory().lock());
+    victim.kill();
+    EXPECT_EQ(next.ask("visit 1"), "ok");
+    EXPECT_TRUE(plain.memory().unlock());
+    EXPECT_EQ(lockValue(key), 2);
+    EXPECT_EQ(next.ask("visit 1"), "ok");
+    EXPECT_EQ(lockValue(key), 1);
+}
