@@ -1,0 +1,41 @@
+#include "ipc/KTProcessMessage.h"
+
+#include "pavo_base/JSONUtils.h"
+
+namespace {
+
+constexpr char kName[] = "name";
+constexpr char kSource[] = "source";
+constexpr char kSequence[] = "sequence";
+constexpr char kArguments[] = "arguments";
+
+} // namespace
+
+bool KTProcessMessage::fromJson(const QString& text)
+{
+    *this = KTProcessMessage();
+    Json::Value root;
+    if (!JSONUtils::parseJSON(text.toStdString(), root))
+        return false;
+    sequence = JSONUtils::optInt64(kSequence, root);
+    name = JSONUtils::optString(kName, root);
+    source = JSONUtils::optString(kSource, root);
+    arguments = JSONUtils::optObject(kArguments, root);
+    return true;
+}
+
+Json::ArrayIndex KTProcessMessage::argumentCount() const
+{
+    return JSONUtils::isJSONArray(arguments) ? arguments.size() : 0;
+}
+
+std::string KTProcessMessage::toJson() const
+{
+    Json::Value root;
+    JSONUtils::put(kName, name, root);
+    JSONUtils::put(kSource, source, root);
+    JSONUtils::put(kSequence, sequence, root);
+    JSONUtils::put(kArguments, arguments.isNull() ? Json::Value(Json::arrayValue) : arguments,
+                   root);
+    return JSONUtils::stringFromJSON(root);
+}
