@@ -1,0 +1,149 @@
+#pragma once
+
+#include "ipc/KTChannelObserver.h"
+#include "ipc/KTStartUpContext.h"
+#include "ipc/PavoIpcExport.h"
+
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class NamedPipe;
+class QLoginObserver;
+struct KTProcessMessage;
+
+/// The workbench's link to the host application that launched it.
+///
+/// Lives on the GUI thread, where everything is called and where every callback arrives unless said
+/// otherwise. Nothing here throws, provided that no callback does; failures are return values and
+/// log records.
+class PAVO_IPC_EXPORT KTChannelManager : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The one instance. Created on first use, on whatever thread that is, once there is an
+    /// application; never destroyed.
+    static KTChannelManager* sharedInstance();
+
+    ~KTChannelManager() override;
+
+    /// Opens the channel that the command line names: "pipe?param=" READER "&" WRITER, READER being
+    /// the pipe that the host writes. Returns whether it names two pipes; only then the callbacks
+    /// are kept and anything is started. The pipes open in the background: one that cannot be
+    /// opened is logged, and reported to `startUpCallback` as a host that has gone when it is the
+    /// reader. A second call closes the pipes of the first.
+    bool startUp(const QString& commandLine,
+                 std::function<void(int, std::string, const QString)> startUpCallback,
+                 std::function<void(std::string, const QString)> pinChangedCallback);
+
+    /// Whether the last start-up's command line named two pipes. Any thread.
+    bool isSupported() const;
+
+    /// Tells the host that start-up is completed with `code`, takes ownership of `observer`
+    /// (destroying a different one held before) and hands it, once, what the host asked for since
+    /// start-up, in the order skin, shortcuts, hot keys, conversation, group. What the observer has
+    /// no callback for is dropped.
+    void enterMainUI(unsigned int code, KTChannelObserver* observer);
+
+    /// \name What the workbench tells the host.
+    /// Any thread may call. The values are the caller's and the host's business: they are neither
+    /// checked nor changed, and texts are UTF-8. A message is dropped without a trace before
+    /// startUp() has succeeded and after the pipe is closed, and when its JSON text is longer than
+    /// 2043 UTF-16 units.
+    /// @{
+    void activePlatform();
+    void baseInfoChanged(const std::string& baseInfo);
+    void changeLoginInitStatus(int status);
+    /// Tells the host's name of the skin `index`, "blue" for an index outside 0 to 5.
+    void changeSkinCallback(int index);
+    /// `status` is the presence code now in force.
+    void changeStatusCallback(int status);
+    /// Has the host show `message`. `account` and `code` change nothing.
+    void loginFailure(std::string account, long long code, std::string message);
+    void openPlugin(const std::string& plugin, bool flag);
+    void openSetting(const std::string& setting);
+    void openUrl(const std::string& url, bool flag);
+    void trayIconAction(bool flag, const std::string& text, int number);
+    void unreadMsgChanged(int count);
+    void UploadInterfaceException(int code, const QString& text1, const QString& text2,
+                                  const QString& text3);
+    virtual void UploadCefException(int code, const QString& text1, const QString& text2,
+                                    const QString& text3, const QString& text4,
+                                    const QString& text5);
+    /// @}
+
+    /// Registers an observer of the login service, in place of the one registered before. What it
+    /// reports goes to the host. Nothing happens without a core or its login service.
+    void addLoginObserver();
+    /// Takes the observer from the login service.
+    void removeObserver();
+
+private:
+    friend class KTChannelManagerProbe;
+
+    struct WeakFlag
+    {
+    };
+    using Handler = void (KTChannelManager::*)(KTProcessMessage&);
+    struct Route
+    {
+        const char* name;
+        Handler handler;
+    };
+    static const Route kRoutes[];
+
+    KTChannelManager();
+    static KTChannelManager* create();
+
+    bool parseStartUpParam(const QString& commandLine);
+    void startReader(const QString& name);
+    void startWriter(const QString& name);
+    void closePipes();
+    void retirePipes();
+    void closeAtExit();
+    void slotReadyRead(QString text);
+    void slotExitReadPipe();
+    void startupCompleted(unsigned int code, const QString& text);
+    void replayParkedRequests();
+    /// Whether the signal being handled is of an earlier start-up's reader, overtaken by a new one.
+    bool isOfAnEarlierReader() const;
+
+    /// Whether a message can leave: the channel is started and has a writer. Any thread.
+    bool canSend() const;
+    /// Has `builder` make a message of `values` and sends it. Any thread.
+    template<typename Builder, typename... Values>
+    void send(Builder builder, const Values&... values);
+    /// The one exit of every outbound text. Any thread; dropped unless canSend().
+    void writePacket(const std::string& text);
+
+    void login(KTProcessMessage& message);
+    void swtichStatus(KTProcessMessage& message);
+    void openLXWindow(KTProcessMessage& message);
+    void openLXGroup(KTProcessMessage& message);
+    void openBaseSetting(KTProcessMessage& message);
+    void showTrayMessageList(KTProcessMessage& message);
+    void requestMessage(KTProcessMessage& message);
+
+    void changeSkin(const std::string& skinName);
+    static QString skin2HBXSkinName(int index);
+
+    // Atomic because the senders read them on any thread.
+    std::atomic<bool> m_started{false};
+    /// Whoever keeps a weak reference learns from it whether the manager still exists.
+    std::shared_ptr<WeakFlag> m_alive = std::make_shared<WeakFlag>();
+    QLoginObserver* m_loginObserver = nullptr;
+    NamedPipe* m_reader = nullptr;
+    std::atomic<NamedPipe*> m_writer{nullptr};
+    std::shared_ptr<KTStartUpContext> m_context;
+    std::shared_ptr<KTStartUpContext>
+        m_replayed; ///< The context whose requests are being replayed.
+    std::unique_ptr<KTChannelObserver> m_observer;
+    /// Pipes of earlier start-ups. Kept, since another thread may still be inside sendData().
+    std::vector<NamedPipe*> m_closedPipes;
+};

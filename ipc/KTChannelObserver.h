@@ -1,0 +1,39 @@
+#pragma once
+
+#include "ipc/KTKeyInfo.h"
+#include "ipc/PavoIpcExport.h"
+
+#include <QRect>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// What the workbench's main window wants to be told. Each callable may be left unset; all are
+/// called on the GUI thread and may do anything but throw, entering the main window anew included.
+/// Texts are UTF-8. A plain value.
+struct PAVO_IPC_EXPORT KTChannelObserver
+{
+    KTChannelObserver();
+    KTChannelObserver(const KTChannelObserver& other);
+    KTChannelObserver(KTChannelObserver&& other) noexcept;
+    KTChannelObserver& operator=(const KTChannelObserver& other);
+    KTChannelObserver& operator=(KTChannelObserver&& other) noexcept;
+    ~KTChannelObserver();
+
+    /// Open a conversation: (kind, second text, first text) of the host's request.
+    std::function<void(int, std::string, std::string)> onOpenLXWindow;
+    /// Open a group: (second text, first text) of the host's request.
+    std::function<void(std::string, std::string)> onOpenLXGroup;
+    /// Show or hide the tray's unread-message list beside the given rectangle (screen pixels).
+    std::function<void(bool, QRect)> onShowUnreadMessageList;
+    std::function<void(std::vector<KTKeyInfo>)> onHotKeyChanged;
+    std::function<void(std::vector<KTKeyInfo>)> onShortcutChanged;
+    /// Follow the skin of this index, 0 to 5.
+    std::function<void(int)> onSkinChanged;
+    std::function<void()> onOpenBaseInfoSetting;
+    /// Show the page of the given URL.
+    std::function<void(std::string)> onRequest;
+    /// The host has gone; the channel stays closed.
+    std::function<void()> onPipeClosed;
+};

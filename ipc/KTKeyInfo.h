@@ -1,0 +1,25 @@
+#pragma once
+
+#include "ipc/PavoIpcExport.h"
+
+#include <Qt>
+
+#include <string>
+
+/// One hot key or shortcut as the host defines it. A plain value.
+struct PAVO_IPC_EXPORT KTKeyInfo
+{
+    KTKeyInfo();
+    KTKeyInfo(const KTKeyInfo& other);
+    KTKeyInfo(KTKeyInfo&& other) noexcept;
+    KTKeyInfo& operator=(const KTKeyInfo& other);
+    KTKeyInfo& operator=(KTKeyInfo&& other) noexcept;
+    ~KTKeyInfo();
+
+    /// Whether the definition is in force; one that is not is handed on all the same.
+    bool valid = false;
+    /// What the key triggers (UTF-8, the host's own name for it).
+    std::string functionName;
+    Qt::Key key = Qt::Key(0);
+    Qt::KeyboardModifiers modifiers;
+};
