@@ -1,0 +1,304 @@
+#include "platform/HostPipe.h"
+#include "platform/UniqueHandle.h"
+#include "tests/process/Tool.h"
+#include "tests/support/Host.h"
+#include "tests/support/RoleProcess.h"
+#include "tests/support/Wait.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <utility>
+
+namespace {
+
+const QString kHost = QStringLiteral("pavo-host");
+
+QStringList timeout(int seconds)
+{
+    return {QStringLiteral("--timeout"), QString::number(seconds)};
+}
+
+/// Opens no pipe and ends with its standard input.
+const Role kIdler("idler", [](const QStringList&) {
+    while (!nextLineFromParent().empty())
+        continue;
+    return 0;
+});
+
+QStringList idler()
+{
+    return {QCoreApplication::applicationFilePath(), QStringLiteral("--role"),
+            QStringLiteral("idler")};
+}
+
+} // namespace
+
+TEST(PavoHost, HelpStatesExitCodesAndLines)
+{
+    const ToolResult result = runTool(kHost, {QStringLiteral("--help")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.output.contains("3  the pipes could not be created"));
+    EXPECT_TRUE(result.output.contains("expect-workbench TEXT"));
+}
+
+TEST(PavoHost, WrongUsageIsOneLineAndExitCode2)
+{
+    const QStringList usages[] = {
+        {QStringLiteral("--nonsense")},
+        {QStringLiteral("--script"), QStringLiteral("no-such-file")},
+        {QStringLiteral("--script"), QStringLiteral("no-such-file"), QStringLiteral("--raw")},
+        timeout(0),
+        {QStringLiteral("--timeout"), QStringLiteral("soon")},
+    };
+    for (const QStringList& usage : usages) {
+        const ToolResult result = runTool(kHost, usage);
+        EXPECT_EQ(result.exitCode, 2) << qPrintable(usage.join(QLatin1Char(' ')));
+        EXPECT_TRUE(result.errors.startsWith("pavo-host: ")) << result.errors.constData();
+        EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.constData();
+    }
+}
+
+TEST(PavoHost, LineThatIsNotUnderstoodIsNamedBeforeAnythingIsDone)
+{
+    const char* const lines[] = {
+        "nonsense",         "login",         "expect",        "expect Login {",
+        "expect-workbench", "expect-exit x", "bytes",         "bytes 0g",
+        "bytes 123",        "wait",          "wait -1",       "wait a while",
+        "close now",        "Login [",       "Login [1] [2]", "split 3",
+        "workbench",        "text",          "say",           "help me",
+    };
+    for (const char* const line : lines) {
+        const ScriptRun run(QByteArray("# a comment\n\n") + line + "\n");
+        const ToolResult result = run.play({QStringLiteral("no-such-workbench")});
+        EXPECT_EQ(result.exitCode, 2) << line;
+        EXPECT_TRUE(result.errors.startsWith("pavo-host: " + run.fileName().toUtf8() + ":3: "))
+            << line << ": " << result.errors.constData();
+    }
+}
+
+TEST(PavoHost, LineOfStandardInputThatIsNotUnderstoodIsNamed)
+{
+    const ToolResult result = runTool(kHost, {}, "say hello\nnonsense\n");
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(result.errors.contains("standard input:2: ")) << result.errors.constData();
+}
+
+TEST(PavoHost, EveryLineThatHelpListsIsAccepted)
+{
+    const std::map<QByteArray, QByteArray> samples = {
+        {"{...}", R"({"name":"Login"})"},
+        {"NAME", "ChangeStatus [1]"},
+        {"text", "text no message"},
+        {"bytes", "bytes 00 ff 7F"},
+        {"split", "split"},
+        {"expect", R"(expect StartupCompleted [0,"2.1.0"])"},
+        {"expect-workbench", "expect-workbench started"},
+        {"expect-exit", "expect-exit 0"},
+        {"workbench", "workbench unread 1"},
+        {"wait", "wait 1"},
+        {"close", "close"},
+        {"say", "say something"},
+        {"examples", "examples"},
+        {"help", "help"},
+        {"#", "# a comment"},
+    };
+    const ToolResult help = runTool(kHost, {}, "help\n");
+    EXPECT_EQ(help.exitCode, 0);
+    QByteArray script;
+    int listed = 0;
+    const QByteArray list = help.output.mid(help.output.indexOf("Lines of a script"));
+    for (const QByteArray& line : list.split('\n')) {
+        if (!line.startsWith("  ") || line.startsWith("   "))
+            continue;
+        const auto sample = samples.find(line.trimmed().split(' ').first());
+        ASSERT_NE(sample, samples.end()) << line.constData();
+        script += sample->second + '\n';
+        ++listed;
+    }
+    EXPECT_EQ(listed, static_cast<int>(samples.size()));
+    // Only the line behind them all is refused.
+    const ScriptRun run(script + "nonsense\n");
+    const ToolResult result = run.play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(
+        result.errors.contains(QStringLiteral(":%1: ").arg(script.count('\n') + 1).toUtf8()))
+        << result.errors.constData();
+}
+
+TEST(PavoHost, EveryMessageHasAnExampleThatIsSent)
+{
+    const ToolResult examples = runTool(kHost, {}, "examples\n");
+    const QRegularExpression pattern(QStringLiteral("^([A-Za-z]+) (\\[.*\\])\r?$"),
+                                     QRegularExpression::MultilineOption);
+    QByteArray script;
+    int count = 0;
+    auto matches = pattern.globalMatch(QString::fromUtf8(examples.output));
+    for (; matches.hasNext(); ++count)
+        script += matches.next().captured(1).toUtf8() + '\n';
+    EXPECT_EQ(count, 9);
+    const ToolResult result =
+        ScriptRun("expect StartupCompleted\n" + script).play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.output.count("host -->"), 9) << result.output.constData();
+}
+
+TEST(PavoHost, WorkbenchThatCannotBeStartedIsExitCode3)
+{
+    const ToolResult result =
+        ScriptRun("expect StartupCompleted\n").play({QStringLiteral("no-such-workbench")});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(result.errors.contains("cannot start no-such-workbench"));
+}
+
+TEST(PavoHost, PipesOfAnotherHostAreExitCode3)
+{
+    const QString name = uniquePipeName();
+    const pavo::HostPipe other(name + QStringLiteral("-to-workbench"),
+                               pavo::HostPipe::Direction::HostWrites);
+    ASSERT_TRUE(other.isOpen());
+    const ToolResult result =
+        ScriptRun("close\n").play(headlessWorkbench(), {QStringLiteral("--name"), name});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_TRUE(result.errors.contains("the pipes cannot be created"));
+}
+
+TEST(PavoHost, OtherMessageThanExpectedIsExitCode1)
+{
+    const char* const lines[] = {"expect StartupCompleted [1,\"2.1.0\"]", "expect ActivePlatform"};
+    for (const char* const line : lines) {
+        const ScriptRun run(QByteArray(line) + "\n");
+        const ToolResult result = run.play(headlessWorkbench());
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.errors.contains(run.fileName().toUtf8() + ":1: expected " +
+                                           QByteArray(line).mid(7) +
+                                           " but got StartupCompleted [0,\"2.1.0\"]"))
+            << result.errors.constData();
+    }
+}
+
+TEST(PavoHost, WhatNeverComesIsGivenUp)
+{
+    const std::pair<QByteArray, QByteArray> lines[] = {
+        {"expect OpenUrl", "OpenUrl"},
+        {"expect-workbench coffee", "a line of the workbench with \"coffee\""},
+        {"expect-exit", "the workbench's end"},
+        {"OpenLXGroup", "a workbench that reads"},
+    };
+    for (const auto& [line, awaited] : lines) {
+        const ToolResult result = ScriptRun(line + '\n').play(idler(), timeout(1));
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.errors.contains(":1: waited in vain for " + awaited))
+            << result.errors.constData();
+    }
+}
+
+TEST(PavoHost, WorkbenchThatEndsIsNotWaitedFor)
+{
+    const QByteArray scripts[] = {
+        "expect StartupCompleted\nworkbench quit\nexpect OpenUrl\n",
+        "expect StartupCompleted\nworkbench quit\nwait 600000\n",
+        "expect StartupCompleted\nworkbench quit\nexpect-workbench coffee\n",
+    };
+    for (const QByteArray& script : scripts) {
+        const ToolResult result = ScriptRun(script).play(headlessWorkbench(), timeout(600));
+        EXPECT_EQ(result.exitCode, 1) << script.constData();
+        EXPECT_TRUE(result.errors.contains(":3: the workbench ended with exit code 0"))
+            << result.errors.constData();
+    }
+    const ToolResult result = ScriptRun("OpenLXGroup\n")
+                                  .play({siblingExecutable(QStringLiteral("pavo-workbench")),
+                                         QStringLiteral("--nonsense")},
+                                        timeout(600));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.errors.contains(":1: the workbench ended with exit code 2"))
+        << result.errors.constData();
+}
+
+TEST(PavoHost, EndThatIsExpectedIsFine)
+{
+    const ToolResult result = ScriptRun("expect StartupCompleted\nworkbench quit\nexpect-exit 0\n")
+                                  .play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    const ToolResult otherCode =
+        ScriptRun("expect StartupCompleted\nworkbench quit\nexpect-exit 5\n")
+            .play(headlessWorkbench());
+    EXPECT_EQ(otherCode.exitCode, 1);
+}
+
+TEST(PavoHost, WorkbenchThatDoesNotFollowIsEnded)
+{
+    const ToolResult result = ScriptRun("close\n").play(idler(), timeout(1));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.errors.contains("waited in vain for the workbench's end"))
+        << result.errors.constData();
+}
+
+TEST(PavoHost, WorkbenchThatStopsReadingIsGivenUp)
+{
+    const QString name = uniquePipeName();
+    const ScriptRun script("text " + QByteArray(1024 * 1024, 'x') + "\n");
+    QProcess host;
+    host.start(siblingExecutable(kHost),
+               timeout(3) + QStringList{QStringLiteral("--name"), name, QStringLiteral("--script"),
+                                        script.fileName()});
+    ASSERT_TRUE(host.waitForReadyRead(kDeadlineMs));
+    const QString pipe = QStringLiteral("\\\\.\\pipe\\%1-to-workbench").arg(name);
+    HANDLE end = CreateFileA(pipe.toUtf8().constData(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                             FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(end, INVALID_HANDLE_VALUE);
+    const pavo::UniqueHandle owner(end);
+    ASSERT_TRUE(host.waitForFinished(kDeadlineMs));
+    EXPECT_EQ(host.exitCode(), 1);
+    EXPECT_TRUE(host.readAllStandardError().contains("waited in vain for a workbench that reads"));
+}
+
+TEST(PavoHost, RawBytesArriveAsTheyAre)
+{
+    const QByteArray message = frame("{\"name\":\"OpenBaseInfoSettingWindow\"}");
+    const ToolResult result = runTool(kHost,
+                                      {QStringLiteral("--raw"), QStringLiteral("--"),
+                                       siblingExecutable(QStringLiteral("pavo-workbench"))},
+                                      message + frame("\r\n\x1a") + message);
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.output.count("workbench: open the base-information settings"), 2)
+        << result.output.constData();
+    EXPECT_TRUE(result.output.contains("parse message failed ")) << result.output.constData();
+}
+
+TEST(PavoHost, CutMessageIsShownAndKnownByItsName)
+{
+    // Two characters of three bytes and one unit each: four bytes are missing.
+    const QByteArray cut = "expect StartupCompleted\nworkbench setting 崩溃\n";
+    const ToolResult result =
+        ScriptRun(cut + "expect OpenSetting\nworkbench active\nexpect ActivePlatform []\n")
+            .play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_TRUE(QRegularExpression(QStringLiteral(R"(OpenSetting .*\(cut: \d+ of \d+ bytes\))"))
+                    .match(QString::fromUtf8(result.output))
+                    .hasMatch())
+        << result.output.constData();
+    // What was cut off could have been arguments.
+    const ToolResult withArguments =
+        ScriptRun(cut + "expect OpenSetting [\"崩溃\"]\n").play(headlessWorkbench());
+    EXPECT_EQ(withArguments.exitCode, 1);
+}
+
+TEST(PavoHost, WorkbenchLaunchedByHandIsServed)
+{
+    const ScriptRun script("expect StartupCompleted\nOpenBaseInfoSettingWindow\n");
+    QProcess host;
+    host.start(siblingExecutable(kHost), {QStringLiteral("--script"), script.fileName()});
+    ASSERT_TRUE(host.waitForReadyRead(kDeadlineMs));
+    const QString line = QString::fromUtf8(host.readLine()).trimmed();
+    const ToolResult workbench =
+        runTool(QStringLiteral("pavo-workbench"), {line.section(QLatin1Char(' '), -1)});
+    EXPECT_EQ(workbench.exitCode, 0);
+    EXPECT_TRUE(workbench.output.contains("open the base-information settings"));
+    ASSERT_TRUE(host.waitForFinished(kDeadlineMs));
+    EXPECT_EQ(host.exitCode(), 0);
+}

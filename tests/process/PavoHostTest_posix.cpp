@@ -1,0 +1,83 @@
+// The host's prompt at a terminal, which only this system gives a test.
+
+#include "tests/process/Tool.h"
+#include "tests/support/RoleProcess.h"
+#include "tests/support/Wait.h"
+
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+namespace {
+
+/// The host of the sample workbench, with a terminal as its standard input.
+class PavoHostPrompt : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_GE(m_terminal, 0);
+        ASSERT_EQ(grantpt(m_terminal), 0);
+        ASSERT_EQ(unlockpt(m_terminal), 0);
+        m_host.setStandardInputFile(QString::fromLocal8Bit(ptsname(m_terminal)));
+        m_host.setProcessChannelMode(QProcess::MergedChannels);
+        m_host.start(siblingExecutable(QStringLiteral("pavo-host")),
+                     QStringList{QStringLiteral("--")} + headlessWorkbench());
+        ASSERT_TRUE(shows("StartupCompleted"));
+    }
+
+    ~PavoHostPrompt() override
+    {
+        m_host.kill();
+        m_host.waitForFinished(kDeadlineMs);
+        ::close(m_terminal);
+    }
+
+    void type(const QByteArray& line)
+    {
+        m_shown.clear();
+        ASSERT_EQ(
+            ::write(m_terminal, (line + '\n').constData(), static_cast<size_t>(line.size() + 1)),
+            line.size() + 1);
+    }
+
+    /// Waits until the host has shown the text since the last line was typed.
+    bool shows(const QByteArray& text)
+    {
+        return waitUntil([&] {
+            m_shown += m_host.readAll();
+            return m_shown.contains(text);
+        });
+    }
+
+    QProcess m_host;
+
+private:
+    const int m_terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    QByteArray m_shown;
+};
+
+} // namespace
+
+TEST_F(PavoHostPrompt, CompletesNamesRepeatsAndForgives)
+{
+    type("OpenB");
+    EXPECT_TRUE(shows("workbench: open the base-information settings"));
+    type("again");
+    EXPECT_TRUE(shows("workbench: open the base-information settings"));
+    type("ChangeS");
+    EXPECT_TRUE(shows("ChangeSetting  ChangeStatus  ChangeSkin"));
+    type("nonsense");
+    EXPECT_TRUE(shows("pavo-host: neither a command nor a message: nonsense"));
+    type("Login");
+    EXPECT_TRUE(shows("ChangeStatusCallback")) << "a name alone sends its example";
+    type("history");
+    EXPECT_TRUE(shows("   1  OpenB"));
+    type("quit");
+    ASSERT_TRUE(m_host.waitForFinished(kDeadlineMs));
+    EXPECT_EQ(m_host.exitCode(), 0);
+}

@@ -1,0 +1,165 @@
+#include "tools/pavo-host/HostSession.h"
+
+#include "tools/support/Lines.h"
+
+#include <QMetaObject>
+
+#include <utility>
+
+HostSession::HostSession(const QString& name, TimeLine& timeLine)
+    : m_timeLine(timeLine)
+    , m_toWorkbench(name + QStringLiteral("-to-workbench"))
+    , m_fromWorkbench(name + QStringLiteral("-from-workbench"))
+{
+    connect(&m_toWorkbench, &PipeWriter::opened, this, [this] {
+        m_timeLine.add(TimeLine::Host,
+                       QStringLiteral("the workbench has opened the pipe it reads"));
+    });
+    connect(&m_toWorkbench, &PipeWriter::written, this, [this] {
+        --m_unwritten;
+        Q_EMIT changed();
+    });
+    connect(&m_toWorkbench, &PipeWriter::failed, this, [this] {
+        m_writeFailed = true;
+        Q_EMIT changed();
+    });
+    connect(&m_fromWorkbench, &PipeReader::opened, this, [this] {
+        m_timeLine.add(TimeLine::Host,
+                       QStringLiteral("the workbench has opened the pipe it writes"));
+    });
+    connect(&m_fromWorkbench, &PipeReader::received, this, [this](const QByteArray& bytes) {
+        m_messages.emplace_back(bytes);
+        m_timeLine.add(TimeLine::FromWorkbench, m_messages.back().text);
+        Q_EMIT changed();
+    });
+    connect(&m_fromWorkbench, &PipeReader::ended, this, [this] {
+        // Of a launched workbench the end of its process counts.
+        if (!m_launched)
+            end();
+    });
+    connect(&m_process, &QProcess::readyReadStandardOutput, this,
+            [this] { takeOutput(TimeLine::Workbench, false); });
+    connect(&m_process, &QProcess::readyReadStandardError, this,
+            [this] { takeOutput(TimeLine::WorkbenchLog, false); });
+    connect(&m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            &HostSession::processFinished);
+    if (hasPipes()) {
+        m_toWorkbench.start();
+        m_fromWorkbench.start();
+    }
+}
+
+HostSession::~HostSession()
+{
+    m_process.disconnect(this);
+    m_process.kill();
+    m_process.waitForFinished(-1);
+}
+
+QString HostSession::argument() const
+{
+    return QStringLiteral("pipe?param=%1&%2")
+        .arg(m_toWorkbench.fullName(), m_fromWorkbench.fullName());
+}
+
+bool HostSession::launch(QStringList command)
+{
+    command << argument();
+    m_timeLine.add(TimeLine::Host,
+                   QStringLiteral("launches %1").arg(command.join(QLatin1Char(' '))));
+    m_launched = true;
+    m_process.setProgram(command.takeFirst());
+    m_process.setArguments(command);
+    m_process.start();
+    return m_process.waitForStarted(-1);
+}
+
+void HostSession::send(const QByteArray& bytes)
+{
+    QByteArrayList pieces{bytes};
+    if (std::exchange(m_splitNext, false)) {
+        pieces.clear();
+        for (const char byte : bytes)
+            pieces << QByteArray(1, byte);
+    }
+    m_timeLine.add(TimeLine::ToWorkbench,
+                   Traffic(bytes).text + QLatin1String(pieces.size() > 1 ? " (byte by byte)" : ""));
+    ++m_unwritten;
+    m_toWorkbench.write(pieces);
+}
+
+void HostSession::writeToStandardInput(const QString& line)
+{
+    m_timeLine.add(TimeLine::Host, QStringLiteral("tells the workbench: %1").arg(line));
+    m_process.write(line.toUtf8() + '\n');
+}
+
+std::optional<Traffic> HostSession::takeMessage()
+{
+    if (m_messages.empty())
+        return std::nullopt;
+    Traffic message = std::move(m_messages.front());
+    m_messages.pop_front();
+    return message;
+}
+
+bool HostSession::takeLine(const QString& text)
+{
+    for (QStringList* lines : {&m_output.lines, &m_log.lines}) {
+        for (int index = 0; index < lines->size(); ++index) {
+            if (lines->at(index).contains(text)) {
+                lines->erase(lines->begin(), lines->begin() + index + 1);
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+QString HostSession::endText() const
+{
+    if (!m_launched)
+        return QStringLiteral("the workbench has gone");
+    if (hasCrashed())
+        return QStringLiteral("the workbench crashed");
+    return QStringLiteral("the workbench ended with exit code %1").arg(exitCode());
+}
+
+void HostSession::close()
+{
+    if (std::exchange(m_closed, true))
+        return;
+    expectEnd();
+    m_timeLine.add(TimeLine::Host, QStringLiteral("goes away"));
+    m_toWorkbench.close();
+    m_fromWorkbench.close();
+}
+
+void HostSession::takeOutput(TimeLine::Who channel, bool all)
+{
+    Output& output = channel == TimeLine::Workbench ? m_output : m_log;
+    output.buffer += channel == TimeLine::Workbench ? m_process.readAllStandardOutput()
+                                                    : m_process.readAllStandardError();
+    const QStringList lines = all ? takeAllLines(output.buffer) : takeLines(output.buffer);
+    for (const QString& line : lines)
+        m_timeLine.add(channel, line);
+    output.lines += lines;
+    if (!lines.isEmpty())
+        Q_EMIT changed();
+}
+
+void HostSession::processFinished()
+{
+    takeOutput(TimeLine::Workbench, true);
+    takeOutput(TimeLine::WorkbenchLog, true);
+    m_fromWorkbench.drain();
+    // Queued behind the messages that the pipe has just delivered.
+    QMetaObject::invokeMethod(this, &HostSession::end, Qt::QueuedConnection);
+}
+
+void HostSession::end()
+{
+    m_ended = true;
+    m_timeLine.add(TimeLine::Host, endText());
+    Q_EMIT changed();
+}

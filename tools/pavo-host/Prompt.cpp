@@ -1,0 +1,129 @@
+#include "tools/pavo-host/Prompt.h"
+
+#include "tools/pavo-host/Complain.h"
+#include "tools/pavo-host/InboundMessages.h"
+#include "tools/pavo-host/Runner.h"
+#include "tools/pavo-host/Script.h"
+#include "tools/pavo-host/ScriptCommands.h"
+#include "tools/pavo-host/TimeLine.h"
+#include "tools/support/Lines.h"
+
+#include <utility>
+
+struct Prompt::Command
+{
+    const char* name;
+    const char* purpose;
+    void (Prompt::*action)(const QString& rest);
+};
+
+const Prompt::Command Prompt::kCommands[] = {
+    {"again", "repeat the last line, or line NUMBER of the history", &Prompt::repeat},
+    {"history", "list the lines so far", &Prompt::showHistory},
+    {"help", "list what can be said", &Prompt::showHelp},
+    {"quit", "go away and end", &Prompt::quit},
+};
+
+Prompt::Prompt(Runner& runner, TimeLine& timeLine)
+    : m_runner(runner)
+    , m_timeLine(timeLine)
+    , m_interactive(StandardInput::isTerminal())
+{
+    connect(&m_input, &StandardInput::received, this, [this](const QByteArray& bytes) {
+        m_buffer += bytes;
+        for (const QString& line : takeLines(m_buffer))
+            takeLine(line);
+    });
+    connect(&m_input, &StandardInput::ended, this, [this] {
+        for (const QString& line : takeAllLines(m_buffer))
+            takeLine(line);
+        m_runner.finish();
+    });
+    if (m_interactive) {
+        m_runner.setForgiving();
+        connect(&m_runner, &Runner::idle, this, [this] { m_timeLine.showPrompt(); });
+    }
+}
+
+void Prompt::start()
+{
+    m_input.start();
+    if (m_interactive)
+        m_timeLine.print(QStringLiteral("\"help\" lists what can be said; a message's name can be "
+                                        "shortened.\n"));
+}
+
+void Prompt::takeLine(const QString& line)
+{
+    ++m_lineNumber;
+    const QString text = line.trimmed();
+    if (m_interactive) {
+        takeTyped(text);
+        m_timeLine.showPrompt();
+    } else if (!Script::isBlank(text)) {
+        parse(text, QStringLiteral("standard input:%1").arg(m_lineNumber));
+    }
+}
+
+void Prompt::takeTyped(const QString& line)
+{
+    if (Script::isBlank(line))
+        return;
+    const QString word = line.section(QLatin1Char(' '), 0, 0);
+    for (const Command& command : kCommands) {
+        if (word == QLatin1String(command.name)) {
+            (this->*command.action)(line.section(QLatin1Char(' '), 1).trimmed());
+            return;
+        }
+    }
+    m_history << line;
+    // A message's name can be shortened as far as it stays the only one.
+    const QStringList names = InboundMessages::names(word);
+    if (names.size() > 1)
+        m_timeLine.print(names.join(QLatin1String("  ")) + QLatin1Char('\n'));
+    else
+        parse(names.value(0, word) + line.mid(word.size()), QString());
+}
+
+void Prompt::parse(const QString& line, const QString& place)
+{
+    QString problem;
+    std::optional<Step> step = Script::parseLine(line, problem);
+    if (step) {
+        step->place = place;
+        m_runner.add(std::move(*step));
+        return;
+    }
+    complain(place, problem);
+    if (!m_interactive)
+        Q_EMIT failed();
+}
+
+void Prompt::repeat(const QString& number)
+{
+    const int index = number.isEmpty() ? m_history.size() - 1 : number.toInt() - 1;
+    if (index < 0 || index >= m_history.size()) {
+        complain(QString(), QStringLiteral("there is no such line"));
+        return;
+    }
+    takeTyped(QString(m_history.at(index)));
+}
+
+void Prompt::showHistory(const QString& /*rest*/)
+{
+    int number = 0;
+    for (const QString& line : qAsConst(m_history))
+        m_timeLine.print(QStringLiteral("%1  %2\n").arg(++number, 4).arg(line));
+}
+
+void Prompt::showHelp(const QString& /*rest*/)
+{
+    m_timeLine.print(Script::help() + QStringLiteral("At the prompt also:\n"));
+    for (const Command& command : kCommands)
+        m_timeLine.print(ScriptCommands::helpLine(QLatin1String(command.name), command.purpose));
+}
+
+void Prompt::quit(const QString& /*rest*/)
+{
+    m_runner.finish();
+}

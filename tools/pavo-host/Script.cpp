@@ -1,0 +1,90 @@
+#include "tools/pavo-host/Script.h"
+
+#include "tools/pavo-host/HostSession.h"
+#include "tools/pavo-host/InboundMessages.h"
+#include "tools/pavo-host/ScriptCommands.h"
+#include "tools/pavo-host/Traffic.h"
+
+#include <QFile>
+
+#include <utility>
+
+std::optional<Step> Script::parseLine(const QString& line, QString& problem)
+{
+    const QString text = line.trimmed();
+    if (text.startsWith(QLatin1Char('{')))
+        return sendStep(frame(text.toUtf8()));
+    QString rest;
+    const QString word = ScriptCommands::firstWord(text, rest);
+    if (ScriptCommands::has(word))
+        return ScriptCommands::parse(word, rest, problem);
+    const std::optional<QString> example = InboundMessages::exampleArguments(word);
+    if (!example) {
+        problem = QStringLiteral("neither a command nor a message: %1").arg(text);
+        return std::nullopt;
+    }
+    const auto arguments =
+        ScriptCommands::parseArguments(rest.isEmpty() ? *example : rest, problem);
+    if (!arguments)
+        return std::nullopt;
+    return sendStep(frame(composeMessage(word, *arguments)));
+}
+
+bool Script::isBlank(const QString& line)
+{
+    const QString text = line.trimmed();
+    return text.isEmpty() || text.startsWith(QLatin1Char('#'));
+}
+
+std::optional<std::vector<Step>> Script::read(const QString& fileName, QString& problem)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly)) {
+        problem = QStringLiteral("%1: %2").arg(fileName, file.errorString());
+        return std::nullopt;
+    }
+    std::vector<Step> steps;
+    for (int number = 1; !file.atEnd(); ++number) {
+        const QString line = QString::fromUtf8(file.readLine());
+        if (isBlank(line))
+            continue;
+        const QString place = QStringLiteral("%1:%2").arg(fileName).arg(number);
+        std::optional<Step> step = parseLine(line, problem);
+        if (!step) {
+            problem = QStringLiteral("%1: %2").arg(place, problem);
+            return std::nullopt;
+        }
+        step->place = place;
+        steps.push_back(std::move(*step));
+    }
+    return steps;
+}
+
+std::vector<Step> Script::farewell()
+{
+    Step stillThere = immediateStep([](HostSession& /*session*/) {});
+    stillThere.check = [](HostSession& session) {
+        return session.hasEndedUnexpectedly() ? Verdict{Verdict::Failed, session.endText()}
+                                              : Verdict{};
+    };
+    Step leave;
+    leave.start = [](HostSession& session) { session.close(); };
+    leave.check = [](HostSession& session) {
+        if (session.wasLaunched() && !session.hasEnded())
+            return Verdict{Verdict::Waiting, {}};
+        return session.hasCrashed() ? Verdict{Verdict::Failed, session.endText()} : Verdict{};
+    };
+    leave.awaited = QStringLiteral("the workbench's end");
+    leave.needsWorkbench = false;
+    return {stillThere, leave};
+}
+
+QString Script::help()
+{
+    using ScriptCommands::helpLine;
+    return QStringLiteral("Lines of a script or of the prompt:\n") +
+           helpLine(QStringLiteral("{...}"), "send this JSON message as it is") +
+           helpLine(QStringLiteral("NAME [ARGUMENTS]"),
+                    "send this message, without ARGUMENTS its example") +
+           ScriptCommands::help() + helpLine(QStringLiteral("# ..."), "nothing");
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+
+class HostSession;
+
+/// What a step has come to.
+struct Verdict
+{
+    enum State { Waiting, Met, Failed };
+    State state = Met;
+    QString problem; ///< Of one that has failed.
+};
+
+/// One thing that the host does or waits for.
+struct Step
+{
+    std::function<void(HostSession&)> start;
+    /// Asked after start() and whenever something has happened, until it is met or has failed.
+    std::function<Verdict(HostSession&)> check;
+    QString awaited;            ///< What there was none of when the time is over.
+    bool needsWorkbench = true; ///< Fails as soon as the workbench has ended.
+    int extraMs = 0;            ///< Time beyond what every step is given.
+    QString place;              ///< Where it comes from, for error messages.
+};
+
+/// Does something that is over at once, whether there is a workbench or not.
+Step immediateStep(std::function<void(HostSession&)> action);
+
+/// Writes `bytes` to the workbench.
+Step sendStep(const QByteArray& bytes);
