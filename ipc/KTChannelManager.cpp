@@ -2,6 +2,7 @@
 
 #include "ipc/CallCopy.h"
 #include "ipc/KTProcessMessage.h"
+#include "ipc/MultiAccount/MAManager.h"
 #include "ipc/pipe/NamedPipe_win.h"
 #include "pavo_base/Logger.h"
 #include "pavo_core/PAVOCore.h"
@@ -76,6 +77,7 @@ bool KTChannelManager::startUp(const QString& commandLine,
         m_context->startUpCallback = std::move(startUpCallback);
         m_context->pinChangedCallback = std::move(pinChangedCallback);
         addLoginObserver();
+        MAManager::Instance()->createShareMemory();
     }
     return m_started;
 }

@@ -1,0 +1,142 @@
+// The window messages that the processes post to one another.
+
+#include "ipc/MultiAccount/MAManager.h"
+
+#include "ipc/MultiAccount/MAMutex.h"
+#include "pavo_base/Logger.h"
+#include "pavo_base/OSUtils.h"
+#include "pavo_base/TextUtils.h"
+#include "platform/Win32.h"
+
+#include <log4cplus/loggingmacros.h>
+
+#include <limits>
+
+namespace {
+
+/// Lets processes of lower integrity post the message, too.
+constexpr unsigned long kAddToFilter = 1;
+
+/// Whether the record holds a rectangle of at least one pixel whose far edges are numbers, too.
+bool isRectangle(const MASelectedAccount& selected)
+{
+    constexpr auto kMax = std::numeric_limits<int>::max();
+    return selected.w >= 1 && selected.h >= 1 &&
+           (selected.x <= 0 || selected.w <= kMax - selected.x) &&
+           (selected.y <= 0 || selected.h <= kMax - selected.y);
+}
+
+} // namespace
+
+bool MAManager::registerWindowMessage(const QString& name)
+{
+    if (name.isEmpty())
+        return false;
+    if (m_messageId != 0)
+        return true;
+    m_messageId = RegisterWindowMessageW(name.toStdWString().c_str());
+    if (m_messageId == 0)
+        LOG4CPLUS_ERROR(Logger::logger(), "register message failed");
+    else
+        OSUtils::changeWindowMessageFilter(m_messageId, kAddToFilter);
+    return m_messageId != 0;
+}
+
+void MAManager::postProcessMessage(const std::string& className, const std::string& title,
+                                   std::uint64_t wParam, std::int64_t lParam)
+{
+    LOG4CPLUS_DEBUG(Logger::logger(), "post process message, " << title << ", param" << wParam);
+    if (!m_initialized || title.empty() || title == m_ownAccount.title)
+        return;
+    HWND window = FindWindowW(TextUtils::utf8ToUnicode(className).toStdWString().c_str(),
+                              TextUtils::utf8ToUnicode(title).toStdWString().c_str());
+    if (!window || !IsWindow(window)) {
+        LOG4CPLUS_ERROR(Logger::logger(), "not find window, " << title);
+        return;
+    }
+    if (!PostMessageA(window, m_messageId, wParam, lParam)) {
+        const DWORD error = GetLastError();
+        LOG4CPLUS_ERROR(Logger::logger(), "post process message failed, " << error);
+    }
+}
+
+void MAManager::postLocalMessage(int code, MASelectedAccount& selected,
+                                 std::list<MAAccountInfo>& accounts)
+{
+    if (code == kMAShow && isRectangle(selected)) {
+        setWindowState(selected.windowState);
+        m_windowRect = QRect(selected.x, selected.y, selected.w, selected.h);
+    }
+    if (!m_observer)
+        return;
+    // The callback may hand over another observer: it runs as a copy.
+    const auto messageCallback = m_observer->messageCallback;
+    if (selected.mode != kMASeparate) {
+        messageCallback(code, selected, accounts);
+        return;
+    }
+    // Behind a window of its own a process is the selected account and the only one.
+    selected.setAccount(m_ownAccount.appID, m_ownAccount.pin, m_ownAccount.className,
+                        m_ownAccount.title);
+    std::list<MAAccountInfo> onlyOwn{m_ownAccount};
+    messageCallback(code, selected, onlyOwn);
+}
+
+bool MAManager::handleNativeEvent(unsigned int message, long wParam, long lParam)
+{
+    // Before registration this takes message 0, which has no other meaning to a window.
+    if (message != m_messageId)
+        return false;
+    LOG4CPLUS_DEBUG(Logger::logger(), "handle Native Event " << wParam << ", " << lParam);
+    switch (wParam) {
+    case kMAShow:
+        showCurrentAccount();
+        break;
+    case kMAStepBack:
+    case kMAPopUp:
+        relay({static_cast<int>(wParam)}, false);
+        break;
+    case kMAListChanged:
+    case kMAHiddenByUser:
+    case kMAToggle:
+        relay({static_cast<int>(wParam)}, true);
+        break;
+    case kMAMarkChanged:
+        if (lParam == 1)
+            relay({kMAListChanged, kMAMarkChanged}, true);
+        else
+            relay({kMAListChanged}, true);
+        break;
+    case kMALoginState:
+        if (m_observer) {
+            const auto loginStateCallback = m_observer->loginStateCallback;
+            loginStateCallback(static_cast<int>(lParam));
+        }
+        break;
+    default:
+        LOG4CPLUS_WARN(Logger::logger(),
+                       "unprocessed cross process messages " << wParam << ", " << lParam);
+        break;
+    }
+    return true;
+}
+
+void MAManager::relay(std::initializer_list<int> codes, bool withAccounts)
+{
+    // What cannot be read counts as merged: the observer had better look once too often.
+    MASelectedAccount selected;
+    std::list<MAAccountInfo> accounts;
+    {
+        const MAMutex lock(&m_sharedMemory);
+        readSelectedAccount(selected);
+        if (withAccounts)
+            readAllAccount(accounts);
+    }
+    if (!selected.mergeWindow())
+        return;
+    for (const int code : codes)
+        postLocalMessage(code, selected, accounts);
+}
+
+// Part of what the class exports; whoever was built against it finds it, but it does nothing.
+void MAManager::maPointer(const std::string& /*text*/) {}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "ipc/MultiAccount/MAAccountInfo.h"
+#include "ipc/MultiAccount/MASelectedAccount.h"
+
+/// What goes with a message of the manager. A plain value.
+struct PAVO_IPC_EXPORT MAMessageParam
+{
+    MASelectedAccount selected;
+    std::list<MAAccountInfo> accounts;
+};
