@@ -1,0 +1,106 @@
+#include "tools/pavo-accounts/Report.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+enum ExitCode { Fine = 0, Failed = 1, WrongUsage = 2 };
+
+constexpr int kWatchIntervalMs = 250;
+
+QString description()
+{
+    return QStringLiteral(
+        "Shows the accounts of a running installation: which one is selected, the shared list in\n"
+        "its order, and whether each account's window is there.\n"
+        "\n"
+        "\"remove\" takes the account of a process that crashed out of the list. Whether it has\n"
+        "is judged by its window: as long as that is there, nothing is removed.\n"
+        "\n"
+        "Exit codes:\n"
+        "  0  fine, also if no process is running\n"
+        "  1  the segment cannot be used, or there is no such account that may be removed\n"
+        "  2  wrong usage");
+}
+
+int fail(ExitCode code, const QString& problem)
+{
+    std::fprintf(stderr, "pavo-accounts: %s\n", problem.toUtf8().constData());
+    return code;
+}
+
+void print(const std::string& text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("pavo-accounts"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(description());
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption name(QStringLiteral("application"),
+                                  QStringLiteral("The workbench's application name. By default "
+                                                 "pavo-workbench."),
+                                  QStringLiteral("name"), QStringLiteral("pavo-workbench"));
+    const QCommandLineOption json(QStringLiteral("json"),
+                                  QStringLiteral("Print a JSON object on one line."));
+    const QCommandLineOption watch(QStringLiteral("watch"),
+                                   QStringLiteral("Print again whenever something has changed."));
+    parser.addOptions({name, json, watch});
+    parser.addPositionalArgument(QStringLiteral("remove APPID PIN"),
+                                 QStringLiteral("The account to remove."),
+                                 QStringLiteral("[remove APPID PIN]"));
+    if (!parser.parse(QCoreApplication::arguments()))
+        return fail(WrongUsage, parser.errorText());
+    if (parser.isSet(help)) {
+        print(parser.helpText().toStdString());
+        return Fine;
+    }
+
+    const Store store(parser.value(name));
+    const QStringList command = parser.positionalArguments();
+    QString problem;
+    if (!command.isEmpty()) {
+        const bool isRemoval = command.size() == 3 && command[0] == QLatin1String("remove");
+        if (!isRemoval || parser.isSet(json) || parser.isSet(watch))
+            return fail(WrongUsage, QStringLiteral("expected: remove APPID PIN"));
+        return store.remove(command[1].toStdString(), command[2].toStdString(), problem)
+                   ? Fine
+                   : fail(Failed, problem);
+    }
+
+    const auto report = parser.isSet(json) ? &reportAsJson : &reportAsText;
+    std::string last;
+    const auto look = [&] {
+        Store::Content content;
+        if (!store.look(content, problem))
+            return false;
+        const std::string text = report(store.application(), content);
+        if (text != last)
+            print(text);
+        last = text;
+        return true;
+    };
+    if (!look())
+        return fail(Failed, problem);
+    if (!parser.isSet(watch))
+        return Fine;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        if (!look())
+            QCoreApplication::exit(fail(Failed, problem));
+    });
+    timer.start(kWatchIntervalMs);
+    return QCoreApplication::exec();
+}
