@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <random>
 #include <thread>
 
@@ -393,39 +394,39 @@ TEST_F(MAStoreTest, SkinAndLoginStateChangeTheOwnEntryAlone)
     EXPECT_EQ(manager.accounts().front().skin, 0);
 }
 
-TEST_F(MAStoreTest, LockKeepsOtherThreadsOut)
+/// `enter` begins what an MAMutex over `memory` has to keep out, and returns what ends it.
+template<typename Enter>
+void expectKeptOut(QSharedMemory& memory, const Enter& enter)
 {
-    open();
-    MAManagerProbe second;
-    ASSERT_TRUE(second.join("second"));
-    std::atomic<bool> inside{true};
-    auto lock = std::make_unique<MAMutex>(&manager.memory());
+    std::atomic<bool> begun{false};
+    std::atomic<bool> locked{true};
+    auto lock = std::make_unique<MAMutex>(&memory);
     std::thread other([&] {
-        const MAMutex otherLock(&second.memory());
-        EXPECT_FALSE(inside);
+        begun = true;
+        [[maybe_unused]] const auto span = enter();
+        EXPECT_FALSE(locked);
     });
+    while (!begun)
+        std::this_thread::yield();
     // Time for the other one to come in, if it could.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    inside = false;
+    locked = false;
     lock.reset();
     other.join();
 }
 
-TEST_F(MAStoreTest, LockHoldsTheGate)
+TEST_F(MAStoreTest, LockKeepsOutLocksGatesAndPlainUsers)
 {
     open();
-    std::atomic<bool> inside{true};
-    auto lock = std::make_unique<MAMutex>(&manager.memory());
-    std::thread other([&] {
-        QSharedMemory another(QCoreApplication::applicationName() + QStringLiteral("_MEM"));
+    QSharedMemory another(view()->key());
+    {
         const pavo::SegmentGate gate(another);
-        EXPECT_FALSE(inside);
-    });
-    // Time for the other one to come in, if it could.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    inside = false;
-    lock.reset();
-    other.join();
+        ASSERT_TRUE(another.attach());
+    }
+    expectKeptOut(manager.memory(), [&] { return MAMutex(&another); });
+    expectKeptOut(manager.memory(), [&] { return pavo::SegmentGate(another); });
+    expectKeptOut(manager.memory(), [&] { return std::unique_lock<QSharedMemory>(another); });
+    pavo::SegmentGate(another).detach();
 }
 
 TEST_F(MAStoreTest, LockOfNothingDoesNothing)
