@@ -15,10 +15,9 @@ class Collector
 public:
     void add(Value value)
     {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_values.push_back(std::move(value));
-        }
+        // Notified with the lock held: once it is free, the test may destroy this object.
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_values.push_back(std::move(value));
         m_changed.notify_all();
     }
 
