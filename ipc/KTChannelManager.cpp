@@ -27,11 +27,13 @@ constexpr int kHostWentAway = -1;
 
 // The order is the order of comparison.
 const KTChannelManager::Route KTChannelManager::kRoutes[] = {
+    {"ChangeSetting", &KTChannelManager::changeSetting},
     {"Login", &KTChannelManager::login},
     {"ChangeStatus", &KTChannelManager::swtichStatus},
     {"OpenLXWindow", &KTChannelManager::openLXWindow},
     {"OpenLXGroup", &KTChannelManager::openLXGroup},
     {"OpenBaseInfoSettingWindow", &KTChannelManager::openBaseSetting},
+    {"ChangeSkin", &KTChannelManager::changeSkin},
     {"ShowUnreadMessageList", &KTChannelManager::showTrayMessageList},
     {"Request", &KTChannelManager::requestMessage},
 };

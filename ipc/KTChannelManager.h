@@ -16,6 +16,9 @@
 class NamedPipe;
 class QLoginObserver;
 struct KTProcessMessage;
+namespace Json {
+class Value;
+}
 
 /// The workbench's link to the host application that launched it.
 ///
@@ -122,16 +125,20 @@ private:
     /// The one exit of every outbound text. Any thread; dropped unless canSend().
     void writePacket(const std::string& text);
 
+    void changeSetting(KTProcessMessage& message);
     void login(KTProcessMessage& message);
     void swtichStatus(KTProcessMessage& message);
     void openLXWindow(KTProcessMessage& message);
     void openLXGroup(KTProcessMessage& message);
     void openBaseSetting(KTProcessMessage& message);
+    void changeSkin(KTProcessMessage& message);
     void showTrayMessageList(KTProcessMessage& message);
     void requestMessage(KTProcessMessage& message);
 
     void changeSkin(const std::string& skinName);
+    static std::string hbxSkin2LXSkinName(const std::string& hostName);
     static QString skin2HBXSkinName(int index);
+    static bool parseKeyInfos(const Json::Value& list, std::vector<KTKeyInfo>& out);
 
     // Atomic because the senders read them on any thread.
     std::atomic<bool> m_started{false};

@@ -1,4 +1,8 @@
+#include "pavo_base/JSONUtils.h"
+#include "pavo_ui_base/QHotkey.h"
 #include "tests/support/LoginFixture.h"
+
+#include <json/value.h>
 
 #include <map>
 
@@ -132,10 +136,20 @@ Lines settingsOutcome(const std::vector<Value>&)
     return {"settings"};
 }
 
-/// Settings and skins are not handled yet.
-std::function<Lines(const std::vector<Value>&)> unprocessed(const std::string& name)
+const std::string kNoSettings = "{}";
+
+Lines changeSettingOutcome(const std::vector<Value>& a)
 {
-    return [name](const std::vector<Value>&) { return Lines{"WARN Unprocessed " + name}; };
+    if (at(a, 0).text != kNoSettings)
+        return {};
+    return {"hotKeys  0", "shortcuts  0"};
+}
+
+Lines changeSkinOutcome(const std::vector<Value>& a)
+{
+    if (at(a, 0).text != kNoSettings)
+        return {};
+    return {"ERROR Unprocessed Skin", "ERROR Unprocessed Skin"};
 }
 
 const std::vector<Message>& messages()
@@ -150,8 +164,8 @@ const std::vector<Message>& messages()
         {"OpenLXGroup", {text("a"), text("b")}, groupOutcome},
         {"OpenBaseInfoSettingWindow", {}, settingsOutcome},
         {"ShowUnreadMessageList", {yes, number(1), number(2), number(3), number(4)}, trayOutcome},
-        {"ChangeSetting", {text("{}")}, unprocessed("ChangeSetting")},
-        {"ChangeSkin", {text("{}")}, unprocessed("ChangeSkin")},
+        {"ChangeSetting", {text(kNoSettings)}, changeSettingOutcome},
+        {"ChangeSkin", {text(kNoSettings)}, changeSkinOutcome},
         {"Request",
          {Value{R"({"api":"showLXAccusation","url":"u"})", "", 0, false}},
          requestOutcome}};
@@ -190,6 +204,14 @@ protected:
         for (std::size_t i = before; i < made.size(); ++i)
             lines.push_back(describe(made[i]));
         return lines;
+    }
+
+    /// As above for a message whose one argument is `document` as a text.
+    Lines outcomeOfDocument(const std::string& name, const std::string& document)
+    {
+        Json::Value arguments;
+        arguments.append(document);
+        return outcomeOf(name, JSONUtils::stringFromJSON(arguments));
     }
 
     void expectOutcome(const Message& message, const std::vector<Value>& arguments)
@@ -273,6 +295,61 @@ TEST_F(ArgumentAbuseTest, AccusationKeysWithEveryValue)
                   Lines{"ERROR api not implemented " + value.text});
         EXPECT_EQ(outcomeOf("Request", R"([{"api":"showLXAccusation","url":)" + value.json + "}]"),
                   Lines{"request " + value.text});
+    }
+}
+
+TEST_F(ArgumentAbuseTest, SettingsKeysWithEveryValue)
+{
+    for (const Value& value : abuse()) {
+        const auto settings = [&](const std::string& before, const std::string& after) {
+            return outcomeOfDocument("ChangeSetting", before + value.json + after);
+        };
+        settings(R"({"proxy":{"proxytype":)", "}}");
+        EXPECT_EQ(core.proxy()->type, value.number);
+        settings(R"({"proxy":{"proxyaddr":)", "}}");
+        EXPECT_EQ(core.proxy()->address, value.text);
+        settings(R"({"proxy":{"proxyport":)", "}}");
+        EXPECT_EQ(core.proxy()->port, value.number);
+        settings(R"({"proxy":{"proxyuser":)", "}}");
+        EXPECT_EQ(core.proxy()->user, value.text);
+        settings(R"({"proxy":{"proxypass":)", "}}");
+        EXPECT_EQ(core.proxy()->password, value.text);
+
+        const Lines noSkin{"ERROR Unprocessed Skin" + value.text, "ERROR Unprocessed Skin"};
+        EXPECT_EQ(outcomeOfDocument("ChangeSkin", R"({"skinName":)" + value.json + "}"), noSkin);
+        Lines noSkinNoKeys = noSkin;
+        noSkinNoKeys.insert(noSkinNoKeys.end(), {"hotKeys  0", "shortcuts  0"});
+        EXPECT_EQ(settings(R"({"skinName":)", "}"), noSkinNoKeys);
+
+        settings(R"({"merge":)", "}");
+        EXPECT_TRUE(
+            log.has(log4cplus::DEBUG_LOG_LEVEL, value.flag ? "change merge, 1" : "change merge, 0"))
+            << value.json;
+    }
+}
+
+TEST_F(ArgumentAbuseTest, KeyDefinitionsWithEveryValue)
+{
+    KTKeyInfo info;
+    auto* observer = recordingObserver();
+    observer->onHotKeyChanged = [&](const std::vector<KTKeyInfo>& keys) { info = keys.at(0); };
+    channel().enterMainUI(0, observer);
+    for (const Value& value : abuse()) {
+        const auto define = [&](const std::string& key) {
+            outcomeOfDocument("ChangeSetting",
+                              R"({"hotKey":[{")" + key + "\":" + value.json + "}]}");
+        };
+        Json::Value document;
+        ASSERT_TRUE(JSONUtils::parseJSON("[" + value.json + "]", document));
+        const unsigned number = JSONUtils::optUInt(0, document);
+        define("valid");
+        EXPECT_EQ(info.valid, value.flag) << value.json;
+        define("functionName");
+        EXPECT_EQ(info.functionName, value.text);
+        define("keyCode");
+        EXPECT_EQ(info.key, QHotkey::nativeKey2QT(number)) << value.json;
+        define("modifiers");
+        EXPECT_EQ(info.modifiers, QHotkey::nativeModifier2QT(number)) << value.json;
     }
 }
 
