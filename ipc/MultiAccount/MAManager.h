@@ -109,7 +109,8 @@ public:
     /// Puts the accounts with these pins at these positions, the others behind them.
     bool sortAllAccount(const std::map<std::string, int>& positions);
 
-    /// Has to be given every native window message. Returns true for those of the manager.
+    /// Has to be given every native window message. Returns true for those of the manager. Of both
+    /// parameters the lower 32 bits count.
     bool handleNativeEvent(unsigned int message, long wParam, long lParam);
 
 private:

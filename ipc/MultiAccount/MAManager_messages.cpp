@@ -87,22 +87,25 @@ bool MAManager::handleNativeEvent(unsigned int message, long wParam, long lParam
     // Before registration this takes message 0, which has no other meaning to a window.
     if (message != m_messageId)
         return false;
-    LOG4CPLUS_DEBUG(Logger::logger(), "handle Native Event " << wParam << ", " << lParam);
-    switch (wParam) {
+    // A message's numbers have 32 bits wherever it is received, also where a long has more.
+    const auto code = static_cast<std::int32_t>(wParam);
+    const auto value = static_cast<std::int32_t>(lParam);
+    LOG4CPLUS_DEBUG(Logger::logger(), "handle Native Event " << code << ", " << value);
+    switch (code) {
     case kMAShow:
         showCurrentAccount();
         break;
     case kMAStepBack:
     case kMAPopUp:
-        relay({static_cast<int>(wParam)}, false);
+        relay({code}, false);
         break;
     case kMAListChanged:
     case kMAHiddenByUser:
     case kMAToggle:
-        relay({static_cast<int>(wParam)}, true);
+        relay({code}, true);
         break;
     case kMAMarkChanged:
-        if (lParam == 1)
+        if (value == 1)
             relay({kMAListChanged, kMAMarkChanged}, true);
         else
             relay({kMAListChanged}, true);
@@ -110,12 +113,12 @@ bool MAManager::handleNativeEvent(unsigned int message, long wParam, long lParam
     case kMALoginState:
         if (m_observer) {
             const auto loginStateCallback = m_observer->loginStateCallback;
-            loginStateCallback(static_cast<int>(lParam));
+            loginStateCallback(value);
         }
         break;
     default:
         LOG4CPLUS_WARN(Logger::logger(),
-                       "unprocessed cross process messages " << wParam << ", " << lParam);
+                       "unprocessed cross process messages " << code << ", " << value);
         break;
     }
     return true;
