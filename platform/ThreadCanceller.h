@@ -23,6 +23,11 @@ public:
 
     void cancel();
 
+    /// Waits until that thread has ended altogether, with all that libraries keep for it and clean
+    /// up at its end: Qt's wait for a thread may be over before. The thread has to be on its way to
+    /// its end.
+    void waitForEnd();
+
 private:
     std::shared_ptr<CancellableThread> m_thread;
 };

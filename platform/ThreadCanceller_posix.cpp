@@ -16,4 +16,9 @@ void ThreadCanceller::cancel()
     m_thread->cancel();
 }
 
+void ThreadCanceller::waitForEnd()
+{
+    m_thread->end().wait();
+}
+
 } // namespace pavo

@@ -41,4 +41,7 @@ void ThreadCanceller::cancel()
     m_thread->cancel();
 }
 
+// Here Qt waits for the thread itself, whose data are gone by then.
+void ThreadCanceller::waitForEnd() {}
+
 } // namespace pavo

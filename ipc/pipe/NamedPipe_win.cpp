@@ -7,7 +7,6 @@
 #include <QDeadlineTimer>
 #include <QThread>
 
-#include <log4cplus/config.hxx>
 #include <log4cplus/loggingmacros.h>
 
 #include <algorithm>
@@ -73,11 +72,6 @@ void NamedPipe::startWriterThread(const QString& name)
 void NamedPipe::startThread()
 {
     m_thread = new QThread;
-    // Qt's wait for a thread ends before the thread does: what the logger keeps for the thread has
-    // to go before, or it would go while the process is already leaving.
-    connect(
-        m_thread, &QThread::finished, m_thread, [] { log4cplus::threadCleanup(); },
-        Qt::DirectConnection);
     moveToThread(m_thread);
     m_thread->start(QThread::InheritPriority);
 }
@@ -265,7 +259,10 @@ void NamedPipe::stopThread()
         if (m_blocked)
             m_canceller.load()->cancel();
     }
-    delete m_canceller.exchange(nullptr);
+    // Without a canceller the thread has done nothing, and left nothing to be cleaned up.
+    if (const std::unique_ptr<pavo::ThreadCanceller> canceller(m_canceller.exchange(nullptr));
+        canceller)
+        canceller->waitForEnd();
     QCoreApplication::removePostedEvents(this);
     m_thread->deleteLater();
     m_thread = nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Win32.h"
+#include "platform/posix/ThreadEnd.h"
 #include "platform/posix/UniqueFd.h"
 
 #include <chrono>
@@ -27,7 +28,10 @@ public:
     DWORD waitFor(int fd, short events, Deadline deadline = kNoDeadline);
     void cancel();
 
+    [[nodiscard]] const ThreadEnd& end() const { return m_end; }
+
 private:
+    const ThreadEnd m_end;
     const posix::UniqueFd m_wake;
     std::mutex m_mutex;
     bool m_waiting = false;

@@ -1,4 +1,4 @@
-// What only the local substitutes have: files, users, descriptors, signals.
+// What only the local substitutes have: files, users, descriptors, signals, ends of threads.
 
 #include "platform/posix/Hearing.h"
 #include "platform/posix/PipePlace.h"
@@ -22,9 +22,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <future>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 using pavo::UniqueHandle;
@@ -485,4 +488,35 @@ TEST_F(PosixPipe, hostWithoutDescriptorsTurnsClientsAwayAndRecovers)
     host.say("recover");
     ASSERT_EQ(host.nextLine(), "recovered");
     EXPECT_EQ(openPipe(m_name).error, ERROR_SUCCESS);
+}
+
+TEST(PosixThreadEnd, comesAfterTheCleanUpOfWhatLibrariesKeepForTheThread)
+{
+    static std::atomic<bool> cleaned;
+    static pthread_key_t key;
+    ASSERT_EQ(pthread_key_create(&key,
+                                 [](void*) {
+                                     std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                                     cleaned = true;
+                                 }),
+              0);
+    // Kept before as well as after the thread's canceller: the order decides about the clean-up.
+    for (const bool before : {true, false}) {
+        cleaned = false;
+        std::promise<std::unique_ptr<pavo::ThreadCanceller>> made;
+        auto canceller = made.get_future();
+        std::thread([&made, before] {
+            if (before)
+                pthread_setspecific(key, &key);
+            auto own = std::make_unique<pavo::ThreadCanceller>();
+            if (!before)
+                pthread_setspecific(key, &key);
+            made.set_value(std::move(own));
+        }).detach();
+        const auto ended = canceller.get();
+        ended->waitForEnd();
+        EXPECT_TRUE(cleaned) << before;
+        ended->waitForEnd();
+    }
+    pthread_key_delete(key);
 }
