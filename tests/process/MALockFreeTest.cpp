@@ -111,6 +111,20 @@ TEST_P(MALockFreeTest, WhileItPostsAndCalls)
     EXPECT_EQ(trailOf(own(operation), [&] { run(operation, own(operation), c); }), operation.trail);
 }
 
+TEST_P(MALockFreeTest, AfterAnEmptyCallbackHasThrown)
+{
+    const MAOperation& operation = GetParam();
+    prepare(operation);
+    startOther();
+    Workbench& workbench = own(operation);
+    workbench.manager.addObserver(new MAObserver);
+    if (callsObserver(operation))
+        EXPECT_THROW(run(operation, workbench, c), std::bad_function_call);
+    else
+        EXPECT_NO_THROW(run(operation, workbench, c));
+    expectFree("afterwards");
+}
+
 INSTANTIATE_TEST_SUITE_P(Operations, MALockFreeTest, testing::ValuesIn(kMAOperations),
                          [](const auto& test) { return std::string(test.param.name); });
 

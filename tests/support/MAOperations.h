@@ -17,6 +17,11 @@ struct MAOperation
     const char* trail;
 };
 
+inline bool callsObserver(const MAOperation& operation)
+{
+    return std::string(operation.trail).find_first_not_of('p') != std::string::npos;
+}
+
 inline void PrintTo(const MAOperation& operation, std::ostream* out)
 {
     *out << operation.name;
