@@ -131,10 +131,22 @@ TEST_F(MAWindowNamesTest, OwnTitleInAnotherCaseIsAnotherTitleToThePoster)
     joinAll();
     const MAAccountInfo& own = a.manager.own();
     a.manager.post(own.className, own.title, kMAListChanged, 0);
+    EXPECT_EQ(log.lines(), Texts{"DEBUG post process message, " + own.title + ", param3"});
     EXPECT_EQ(received(), "a:; b:; c:");
     a.manager.post(own.className, QString::fromStdString(own.title).toUpper().toStdString(),
                    kMAListChanged, 0);
     EXPECT_EQ(received(), "a: 3/0; b:; c:");
+}
+
+TEST_F(MAWindowNamesTest, WindowThatComesAgainWithAnotherTitleIsFoundByThat)
+{
+    joinAll();
+    auto window = open("class", mine("before"));
+    expectAt(window->handle(), "class", mine("before"));
+    window.reset();
+    window = open("class", mine("after"));
+    expectAt(nullptr, "class", mine("before"));
+    expectAt(window->handle(), "class", mine("after"));
 }
 
 TEST_F(MAWindowNamesTest, WindowsThatShareOneNameGetTheirOwn)
