@@ -1,5 +1,6 @@
 #include "platform/MessageWindow.h"
 
+#include "platform/WindowClass.h"
 #include "platform/posix/PipePlace.h"
 #include "platform/posix/WindowPlace.h"
 
@@ -38,7 +39,8 @@ struct MessageWindow::Data
 
     bool create(const QString& className, const QString& title, HWND newHandle)
     {
-        if (openRuntimeFolder(folder) != ERROR_SUCCESS)
+        if (className.isEmpty() || className.size() > kLongestWindowClass ||
+            openRuntimeFolder(folder) != ERROR_SUCCESS)
             return false;
         name = windowFileName(className, title, newHandle);
         // Nobody may see it before it is open: it would be taken for the window of a dead process.

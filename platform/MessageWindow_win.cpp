@@ -1,16 +1,20 @@
 #include "platform/MessageWindow.h"
 
+#include "platform/WindowClass.h"
+
 namespace pavo {
 
 struct MessageWindow::Data
 {
-    std::wstring className;
+    std::wstring className; ///< empty when it is none
     HWND handle = nullptr;
 };
 
 MessageWindow::MessageWindow(const QString& className, const QString& title)
     : m_data(std::make_unique<Data>())
 {
+    if (className.isEmpty() || className.size() > kLongestWindowClass)
+        return;
     m_data->className = className.toStdWString();
     WNDCLASSW windowClass{};
     windowClass.lpfnWndProc = DefWindowProcW;
@@ -29,7 +33,8 @@ MessageWindow::~MessageWindow()
     if (m_data->handle)
         DestroyWindow(m_data->handle);
     // Fails while another window of the process has the class.
-    UnregisterClassW(m_data->className.c_str(), GetModuleHandleW(nullptr));
+    if (!m_data->className.empty())
+        UnregisterClassW(m_data->className.c_str(), GetModuleHandleW(nullptr));
 }
 
 HWND MessageWindow::handle() const

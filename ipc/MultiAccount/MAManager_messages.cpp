@@ -3,9 +3,9 @@
 #include "ipc/MultiAccount/MAManager.h"
 
 #include "ipc/MultiAccount/MAMutex.h"
+#include "ipc/MultiAccount/MAWindow.h"
 #include "pavo_base/Logger.h"
 #include "pavo_base/OSUtils.h"
-#include "pavo_base/TextUtils.h"
 #include "platform/Win32.h"
 
 #include <log4cplus/loggingmacros.h>
@@ -48,8 +48,7 @@ void MAManager::postProcessMessage(const std::string& className, const std::stri
     LOG4CPLUS_DEBUG(Logger::logger(), "post process message, " << title << ", param" << wParam);
     if (!m_initialized || title.empty() || title == m_ownAccount.title)
         return;
-    HWND window = FindWindowW(TextUtils::utf8ToUnicode(className).toStdWString().c_str(),
-                              TextUtils::utf8ToUnicode(title).toStdWString().c_str());
+    HWND window = findMAWindow(className, title);
     if (!window || !IsWindow(window)) {
         LOG4CPLUS_ERROR(Logger::logger(), "not find window, " << title);
         return;

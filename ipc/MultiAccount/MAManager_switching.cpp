@@ -3,8 +3,8 @@
 #include "ipc/MultiAccount/MAManager.h"
 
 #include "ipc/MultiAccount/MAMutex.h"
+#include "ipc/MultiAccount/MAWindow.h"
 #include "pavo_base/Logger.h"
-#include "pavo_base/TextUtils.h"
 #include "platform/Win32.h"
 
 #include <log4cplus/loggingmacros.h>
@@ -98,8 +98,7 @@ bool MAManager::checkWindowVisible()
     }
     if (!selected.mergeWindow())
         return false;
-    HWND window = FindWindowW(TextUtils::utf8ToUnicode(selected.className).toStdWString().c_str(),
-                              TextUtils::utf8ToUnicode(selected.title).toStdWString().c_str());
+    HWND window = findMAWindow(selected.className, selected.title);
     return window && IsWindowVisible(window) != 0;
 }
 

@@ -158,7 +158,7 @@ TEST_F(MAPostingTest, BeyondTheQueuesLimitPostsFailAndNobodyWaits)
 TEST_F(MAPostingTest, WindowOfAKilledProcessIsGoneAtOnceForEveryProcess)
 {
     joinAll();
-    for (int round = 0; round < 5; ++round) {
+    for (int round = 0; round < 3; ++round) {
         SCOPED_TRACE(round);
         const Process victim = workbench();
         const MAAccountInfo account = victimsAccount();
