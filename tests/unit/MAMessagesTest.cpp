@@ -1,10 +1,8 @@
 #include "tests/support/Workbenches.h"
 
-#include <functional>
+#include <limits>
 
 using log4cplus::DEBUG_LOG_LEVEL;
-
-#include <limits>
 
 namespace {
 
@@ -14,10 +12,6 @@ using Texts = std::vector<std::string>;
 class MAMessagesTest : public WorkbenchesFixture
 {
 protected:
-    bool handle(Workbench& workbench, long code, long value = 0)
-    {
-        return workbench.manager.handleNativeEvent(workbench.manager.messageId(), code, value);
-    }
     [[nodiscard]] std::string title(const Workbench& workbench) const
     {
         return QCoreApplication::applicationName().toStdString() + ' ' + workbench.pin;
@@ -52,91 +46,13 @@ TEST_F(MAMessagesTest, ProcessesOfOneInstallationShareTheirMessage)
     EXPECT_EQ(a.manager.messageId(), b.manager.messageId()) << "it stays registered";
 }
 
-TEST_F(MAMessagesTest, OtherMessagesAreLeftAlone)
-{
-    joinAll();
-    EXPECT_FALSE(a.manager.handleNativeEvent(a.manager.messageId() + 1, 3, 0));
-    EXPECT_FALSE(a.manager.handleNativeEvent(0, 3, 0));
-    EXPECT_TRUE(log.records().empty());
-    EXPECT_TRUE(a.calls.empty());
-}
-
-TEST_F(MAMessagesTest, BeforeRegistrationMessageZeroIsTaken)
-{
-    EXPECT_TRUE(a.manager.handleNativeEvent(0, 3, 5));
-    EXPECT_EQ(a.calls, Texts{"3  0 []"});
-    EXPECT_TRUE(log.has(DEBUG_LOG_LEVEL, "handle Native Event 3, 5"));
-}
-
-TEST_F(MAMessagesTest, UnknownCodesAreConsumedWithAWarning)
-{
-    joinAll();
-    for (const long code : {0L, 9L, -1L, 2147483647L, -2147483647L}) {
-        log.clear();
-        EXPECT_TRUE(handle(a, code, 7));
-        EXPECT_EQ(log.complaints(),
-                  Texts{"WARN unprocessed cross process messages " + std::to_string(code) + ", 7"});
-    }
-    EXPECT_TRUE(a.calls.empty());
-}
-
-TEST_F(MAMessagesTest, EachCodeTellsTheObserverWhatItNeeds)
-{
-    joinAll();
-    const std::pair<long, Calls> expected[] = {
-        {2, {"2 a 0 []"}},      {3, {"3 a 0 [a b c]"}}, {4, {"3 a 0 [a b c]"}},
-        {6, {"6 a 0 [a b c]"}}, {7, {"7 a 0 []"}},      {8, {"8 a 0 [a b c]"}},
-    };
-    for (const auto& [code, calls] : expected) {
-        b.calls.clear();
-        EXPECT_TRUE(handle(b, code));
-        EXPECT_EQ(b.calls, calls);
-    }
-    EXPECT_TRUE(log.complaints().empty());
-}
-
-TEST_F(MAMessagesTest, OnlyOneAsValueTellsOfTheMark)
-{
-    joinAll();
-    handle(b, 4, 1);
-    EXPECT_EQ(b.calls, (Calls{"3 a 0 [a b c]", "4 a 0 [a b c]"}));
-    for (const long value : {0L, 2L, -1L}) {
-        b.calls.clear();
-        handle(b, 4, value);
-        EXPECT_EQ(b.calls, Calls{"3 a 0 [a b c]"}) << value;
-    }
-}
-
-TEST_F(MAMessagesTest, SeparateWindowsAreToldOfTheFrontAndTheLoginStateOnly)
-{
-    joinAll();
-    a.manager.changeMergeMode(0, false);
-    forget();
-    for (const long code : {2L, 3L, 4L, 6L, 7L, 8L})
-        EXPECT_TRUE(handle(b, code, 1));
-    EXPECT_TRUE(b.calls.empty());
-    handle(b, 1);
-    handle(b, 5, 3);
-    EXPECT_EQ(b.calls, (Calls{"1 b 0 [b]", "login state 3"}));
-    EXPECT_EQ(a.manager.selected().pin, "b");
-}
-
-TEST_F(MAMessagesTest, WhatCannotBeReadCountsAsMerged)
+TEST_F(MAMessagesTest, BeforeJoiningTheStoreCountsAsMerged)
 {
     ASSERT_TRUE(a.manager.createShareMemory());
     for (const long code : {2L, 3L, 4L, 6L, 7L, 8L})
-        EXPECT_TRUE(handle(a, code, 1));
+        EXPECT_TRUE(a.manager.handleNativeEvent(a.manager.messageId(), code, 1));
     EXPECT_EQ(a.calls,
               (Calls{"2  0 []", "3  0 []", "3  0 []", "4  0 []", "6  0 []", "7  0 []", "8  0 []"}));
-}
-
-TEST_F(MAMessagesTest, WithoutObserverNothingIsTold)
-{
-    joinAll();
-    b.manager.removeObserver();
-    for (long code = 1; code <= 8; ++code)
-        EXPECT_TRUE(handle(b, code, 1));
-    EXPECT_TRUE(b.calls.empty());
 }
 
 TEST_F(MAMessagesTest, PostReachesTheWindowOfClassAndTitle)
@@ -237,42 +153,4 @@ TEST_F(MAMessagesTest, OnlyModeZeroIsPresentedAsTheOnlyAccount)
     EXPECT_EQ(a.calls.back(), "3 a 0 [a]");
     EXPECT_EQ(selected.className, "class a");
     EXPECT_EQ(accounts.size(), 2U);
-}
-
-TEST_F(MAMessagesTest, EmptyCallbacksFailAsFunctionsDo)
-{
-    joinAll();
-    a.manager.addObserver(new MAObserver);
-    EXPECT_THROW(handle(a, 3), std::bad_function_call);
-    EXPECT_THROW(handle(a, 5), std::bad_function_call);
-    EXPECT_EQ(a.manager.loginAccountCount(), 3) << "nothing stays locked";
-}
-
-TEST_F(MAMessagesTest, CallbackMayRemoveItsObserver)
-{
-    joinAll();
-    auto* observer = new MAObserver;
-    const auto token = std::make_shared<std::string>("still there");
-    std::string seen;
-    observer->messageCallback = [this, token, &seen](int, MASelectedAccount&, Accounts&) {
-        a.manager.removeObserver();
-        seen = *token;
-    };
-    a.manager.addObserver(observer);
-    EXPECT_TRUE(handle(a, 4, 1));
-    EXPECT_EQ(seen, "still there");
-    EXPECT_EQ(token.use_count(), 1);
-}
-
-TEST_F(MAMessagesTest, ObserverIsCalledOutsideTheLock)
-{
-    joinAll();
-    auto* observer = new MAObserver;
-    int count = 0;
-    observer->messageCallback = [&](int, MASelectedAccount&, Accounts&) {
-        count = b.manager.loginAccountCount();
-    };
-    a.manager.addObserver(observer);
-    handle(a, 3);
-    EXPECT_EQ(count, 3);
 }
