@@ -168,17 +168,17 @@ TEST_F(MAPostingTest, WindowOfAKilledProcessIsGoneAtOnceForEveryProcess)
         const Process third = sender(round, account);
         forget();
         a.manager.post(account.className, account.title, kMALoginState, 0);
-        EXPECT_TRUE(log.complaints().empty());
+        EXPECT_TRUE(complaints().empty());
 
         victim->kill();
         const Texts complaint{"ERROR not find window, " + account.title};
         a.manager.post(account.className, account.title, kMALoginState, 0);
-        EXPECT_EQ(log.complaints(), complaint);
+        EXPECT_EQ(complaints(), complaint);
         third->say("1");
         EXPECT_EQ(third->nextLine(), "1 " + complaint.front());
         log.clear();
         EXPECT_TRUE(a.manager.switchToAccount(account));
-        EXPECT_EQ(log.complaints(), complaint);
+        EXPECT_EQ(complaints(), complaint);
         EXPECT_EQ(a.manager.selected().pin, "a") << "the target would have entered itself";
     }
 }
@@ -209,7 +209,7 @@ TEST_F(MAPostingTest, FrontProcessThatWasKilledIsReportedByEveryOperationThatPos
     for (const auto& [name, run] : operations) {
         forget();
         run(b.manager);
-        EXPECT_EQ(log.complaints(), Texts{"ERROR not find window, " + account.title}) << name;
+        EXPECT_EQ(complaints(), Texts{"ERROR not find window, " + account.title}) << name;
     }
     EXPECT_EQ(a.manager.selected().pin, "b") << "whoever takes the front has it";
 }

@@ -114,7 +114,7 @@ TEST_P(MACodeTableTest, CallsLogsAndPostsWhatItShould)
         b.manager.removeObserver();
     EXPECT_TRUE(b.manager.handleNativeEvent(b.manager.messageId(), sent.code, sent.value));
     EXPECT_EQ(b.calls, hasObserver ? expectedCalls(sent, store) : Texts{});
-    EXPECT_EQ(log.lines(), expectedLines(sent, store));
+    EXPECT_EQ(logged(), expectedLines(sent, store));
 
     const bool takesFront = sent.code == kMAShow && store != Store::Unreadable;
     const bool tells = takesFront && store == Store::Merged;

@@ -100,7 +100,7 @@ TEST_P(MALogLinesTest, AreTheseInThisOrder)
     Texts lines;
     for (const std::string& line : GetParam().lines)
         lines.push_back(filledIn(line));
-    EXPECT_EQ(log.lines(), lines);
+    EXPECT_EQ(logged(), lines);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, MALogLinesTest, testing::ValuesIn(kLogged),

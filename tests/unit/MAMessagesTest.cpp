@@ -84,11 +84,11 @@ TEST_F(MAMessagesTest, WindowThatIsNotThereIsReported)
     for (const std::string title : {"gone", "\xff\xfe no text", "\xe5\xbc\xa0"}) {
         log.clear();
         a.manager.post("class b", title, 3, 0);
-        EXPECT_EQ(log.complaints(), Texts{"ERROR not find window, " + title});
+        EXPECT_EQ(complaints(), Texts{"ERROR not find window, " + title});
     }
     log.clear();
     a.manager.post("another class", title(b), 3, 0);
-    EXPECT_EQ(log.complaints(), Texts{"ERROR not find window, " + title(b)});
+    EXPECT_EQ(complaints(), Texts{"ERROR not find window, " + title(b)});
 }
 
 TEST_F(MAMessagesTest, PostThatTheSystemRefusesIsReportedWithItsError)
@@ -100,7 +100,7 @@ TEST_F(MAMessagesTest, PostThatTheSystemRefusesIsReportedWithItsError)
     if (posted == 25000)
         GTEST_SKIP() << "this system's queues have no end";
     post(a, b, 5, 0);
-    EXPECT_EQ(log.complaints(), Texts{"ERROR post process message failed, 1816"});
+    EXPECT_EQ(complaints(), Texts{"ERROR post process message failed, 1816"});
     ASSERT_TRUE(waitUntil([&] { return b.received.size() == static_cast<std::size_t>(posted); }));
 }
 

@@ -72,7 +72,7 @@ TEST_F(MANativeEventTest, BeforeRegistrationTakesMessageZeroAlone)
                             "handle Native Event " + std::to_string(code) + ", 3"));
     }
     EXPECT_EQ(a.calls, (Texts{"1  0 []", "2  0 []", "login state 3"}));
-    EXPECT_EQ(log.complaints(), Texts{"WARN unprocessed cross process messages 9, 3"});
+    EXPECT_EQ(complaints(), Texts{"WARN unprocessed cross process messages 9, 3"});
 }
 
 TEST_F(MANativeEventTest, ReadsCodesOfEveryValue)
@@ -92,7 +92,7 @@ TEST_F(MANativeEventTest, ReadsCodesOfEveryValue)
         log.clear();
         ASSERT_TRUE(handle(code, value));
         if (!isKnown) {
-            ASSERT_EQ(log.lines(),
+            ASSERT_EQ(logged(),
                       handled(std::to_string(code) + ", " + std::to_string(value), false));
             ASSERT_TRUE(a.calls.empty());
         }
@@ -107,7 +107,7 @@ TEST_F(MANativeEventTest, HandsOnLoginStatesOfEveryValue)
         forget();
         EXPECT_TRUE(handle(kMALoginState, value));
         EXPECT_EQ(a.calls, Texts{"login state " + std::to_string(value)});
-        EXPECT_EQ(log.lines(), handled("5, " + std::to_string(value), true));
+        EXPECT_EQ(logged(), handled("5, " + std::to_string(value), true));
     }
 }
 
@@ -142,7 +142,7 @@ TEST_F(MANativeEventTest, UsesTheLower32BitsOfBothParameters)
         forget();
         EXPECT_TRUE(handle(static_cast<long>(each.code), static_cast<long>(each.value)));
         EXPECT_EQ(a.calls, each.calls);
-        EXPECT_EQ(log.lines(), handled(each.numbers, each.isKnown));
+        EXPECT_EQ(logged(), handled(each.numbers, each.isKnown));
     }
 }
 

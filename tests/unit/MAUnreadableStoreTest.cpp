@@ -154,7 +154,7 @@ protected:
     {
         forget();
         EXPECT_EQ(GetParam().run(a.manager, b.manager.own()), outcome.result);
-        EXPECT_EQ(log.lines(), outcome.lines);
+        EXPECT_EQ(logged(), outcome.lines);
         EXPECT_EQ(a.calls, outcome.calls);
         EXPECT_EQ(received(), "a:; b:; c:");
     }

@@ -42,10 +42,10 @@ protected:
         m_elsewhere.clear();
         a.manager.post(className, title, kMAListChanged, 0);
         if (!window) {
-            EXPECT_EQ(log.complaints(), Texts{"ERROR not find window, " + title});
+            EXPECT_EQ(complaints(), Texts{"ERROR not find window, " + title});
             return;
         }
-        EXPECT_EQ(log.complaints(), Texts{});
+        EXPECT_EQ(complaints(), Texts{});
         EXPECT_TRUE(waitUntil([&] { return !m_elsewhere.empty(); }));
         EXPECT_EQ(m_elsewhere, std::vector<HWND>{window});
     }
@@ -124,7 +124,7 @@ TEST_F(MAWindowNamesTest, EmptyNamesNameNothing)
     const auto untitled = open(mine("class"), "");
     log.clear();
     a.manager.post(mine("class"), "", kMAListChanged, 0);
-    EXPECT_EQ(log.lines(), Texts{"DEBUG post process message, , param3"});
+    EXPECT_EQ(logged(), Texts{"DEBUG post process message, , param3"});
     const auto last = open(mine("class"), mine("last"));
     expectAt(last->handle(), mine("class"), mine("last"));
 }
@@ -143,7 +143,7 @@ TEST_F(MAWindowNamesTest, OwnTitleInAnotherCaseIsAnotherTitleToThePoster)
     joinAll();
     const MAAccountInfo& own = a.manager.own();
     a.manager.post(own.className, own.title, kMAListChanged, 0);
-    EXPECT_EQ(log.lines(), Texts{"DEBUG post process message, " + own.title + ", param3"});
+    EXPECT_EQ(logged(), Texts{"DEBUG post process message, " + own.title + ", param3"});
     EXPECT_EQ(received(), "a:; b:; c:");
     a.manager.post(own.className, QString::fromStdString(own.title).toUpper().toStdString(),
                    kMAListChanged, 0);
