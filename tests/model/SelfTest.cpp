@@ -1,0 +1,133 @@
+// Whether the model test would notice.
+
+#include "tests/model/Explanation.h"
+#include "tests/model/ModelRun.h"
+#include "tests/model/Shrink.h"
+#include "tests/model/StepSource.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using Records = AccountsModel::Records;
+
+AccountsModel joinedModel(int processes)
+{
+    AccountsModel model(processes);
+    for (int i = 0; i < processes; ++i) {
+        model.perform({"start", i, {}});
+        model.perform({"initManager", i, {1}});
+    }
+    return model;
+}
+
+/// The processes handle their mail in this order; the reports of all.
+std::vector<Records> deliverInOrder(AccountsModel& model, const std::vector<int>& order)
+{
+    std::vector<Records> reports(static_cast<std::size_t>(model.count()));
+    for (const int process : order) {
+        const Records records = model.deliverOne(process);
+        Records& report = reports[static_cast<std::size_t>(process)];
+        report.insert(report.end(), records.begin(), records.end());
+    }
+    return reports;
+}
+
+std::vector<std::string> operations(const std::vector<Step>& steps)
+{
+    std::vector<std::string> names;
+    for (const Step& step : steps)
+        names.push_back(step.operation);
+    return names;
+}
+
+} // namespace
+
+TEST(ShrinkTest, LeavesWhatIsNeededInItsOrder)
+{
+    std::vector<int> numbers(100);
+    std::generate(numbers.begin(), numbers.end(), [n = 0]() mutable { return n++; });
+    const auto needs = [](std::vector<int> needed) {
+        return [needed](const std::vector<int>& some) {
+            return std::includes(some.begin(), some.end(), needed.begin(), needed.end());
+        };
+    };
+    for (const std::vector<int>& needed :
+         {std::vector<int>{}, {0}, {99}, {3, 71}, {0, 1, 98, 99}, {10, 11, 12, 50}})
+        EXPECT_EQ(shrunk<int>(numbers, needs(needed)), needed);
+}
+
+TEST(ShrinkTest, LooksAgainAtWhatWasNeededBefore)
+{
+    // 1 goes only once 2 is gone.
+    const auto fails = [](const std::vector<int>& some) {
+        return some.size() == 3 || some == std::vector<int>{1, 3} || some == std::vector<int>{3};
+    };
+    EXPECT_EQ(shrunk<int>({1, 2, 3}, fails), std::vector<int>{3});
+}
+
+TEST(ExplanationTest, AllowsEveryOrderAndNothingElse)
+{
+    AccountsModel before = joinedModel(3);
+    before.perform({"switchToAccount", 0, {1}});
+    before.perform({"switchToAccount", 0, {2}});
+    ASSERT_TRUE(before.hasMail(1) && before.hasMail(2) && !before.hasMail(0));
+
+    AccountsModel last2 = before;
+    const std::vector<Records> reports2 = deliverInOrder(last2, {1, 2, 1, 0});
+    AccountsModel last1 = before;
+    const std::vector<Records> reports1 = deliverInOrder(last1, {2, 1, 0, 2});
+    ASSERT_NE(last1.segmentText(), last2.segmentText());
+
+    AccountsModel model = before;
+    EXPECT_FALSE(explain(model, reports1, last2.segmentText()));
+    EXPECT_FALSE(explain(model, reports2, last1.segmentText()));
+    EXPECT_EQ(model.stateText(), before.stateText());
+    EXPECT_TRUE(explain(model, reports1, last1.segmentText()));
+    EXPECT_EQ(model.stateText(), last1.stateText());
+    model = before;
+    EXPECT_TRUE(explain(model, reports2, last2.segmentText()));
+    EXPECT_EQ(model.stateText(), last2.stateText());
+
+    std::vector<Records> less = reports2;
+    less[0].pop_back();
+    model = before;
+    EXPECT_FALSE(explain(model, less, last2.segmentText()));
+    less[0].push_back(reports2[0].back());
+    less[0].push_back("> 2 0");
+    EXPECT_FALSE(explain(model, less, last2.segmentText()));
+}
+
+TEST(ModelSelfTest, WrongRuleIsFoundAndShrunk)
+{
+    constexpr int kProcesses = 3;
+    const std::optional<Finding> finding =
+        findFailure(StepSource(1, kProcesses).steps(120), kProcesses,
+                    [](AccountsModel& model, const Step& step) {
+                        if (step.operation == "switchedHide")
+                            model.process(step.process).windowState = 1;
+                    });
+    ASSERT_TRUE(finding);
+    const std::vector<std::string> found = operations(finding->steps);
+    ASSERT_EQ(found.size(), 4U) << stepsText(finding->steps);
+    EXPECT_EQ((std::vector<std::string>{found.begin(), found.begin() + 3}),
+              (std::vector<std::string>{"start", "initManager", "switchedHide"}));
+    EXPECT_NE(finding->what, "");
+}
+
+TEST(ModelSelfTest, LostMessageIsFoundAlsoWhenAllGoAtOnce)
+{
+    const std::vector<Step> steps = {
+        {"start", 0, {}},        {"initManager", 0, {1}},     {"start", 1, {}},
+        {"initManager", 1, {1}}, {"switchToAccount", 0, {1}}, {"together", 0, {}}};
+    EXPECT_FALSE(findFailure(steps, 2));
+    const std::optional<Finding> finding =
+        findFailure(steps, 2, [](AccountsModel& model, const Step& step) {
+            if (step.operation == "switchToAccount")
+                model.process(1).mail.clear();
+        });
+    ASSERT_TRUE(finding);
+    EXPECT_EQ(operations(finding->steps), operations(steps));
+}
