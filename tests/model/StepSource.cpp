@@ -18,7 +18,7 @@ const std::vector<Choice>& choices()
     static const std::vector<Choice> kChoices = {
         {"initManager", 1, {3}},
         {"quitCurrentAccount", 4, {}},
-        {"kill", 3, {}},
+        {"kill", 2, {}},
         {"switchToAccount", 20, {}},
         {"switchToCurrentPin", 4, {}},
         {"popupMainWindow", 8, {2}},
