@@ -11,8 +11,10 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <atomic>
 #include <memory>
 #include <set>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -90,6 +92,28 @@ const Role kPost("post-messages", [](const QStringList& arguments) {
     for (unsigned i = 0; i < arguments[1].toUInt() && posted; ++i)
         posted = PostMessageA(window, message, i, -1) != 0;
     return posted ? 0 : 1;
+});
+
+/// Windows come and go on one thread while another posts to whichever is there. Says how many posts
+/// were taken.
+const Role kComeAndGo("windows-come-and-go", [](const QStringList& arguments) {
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    const UINT message = registerMessage(arguments[0]);
+    std::atomic<bool> isOver{false};
+    int taken = 0;
+    std::thread poster([&] {
+        while (!isOver) {
+            if (PostMessageA(find(arguments[0], arguments[0]), message, 1, 2))
+                ++taken;
+        }
+    });
+    for (unsigned i = 0; i < arguments[1].toUInt(); ++i)
+        const pavo::MessageWindow window(arguments[0], arguments[0]);
+    isOver = true;
+    poster.join();
+    sayToParent(std::to_string(taken));
+    return 0;
 });
 
 class WindowTest : public testing::Test
@@ -180,6 +204,16 @@ TEST_F(WindowTest, GoesWithItsProcessHoweverThatEnds)
     EXPECT_FALSE(IsWindow(window));
     EXPECT_FALSE(PostMessageA(window, registerMessage(name), 1, 2));
     EXPECT_EQ(GetLastError(), 1400U);
+}
+
+TEST_F(WindowTest, MayGoInTheMiddleOfAPost)
+{
+    // In a process that does nothing about signals, as this one does for its children.
+    RoleProcess peer("windows-come-and-go",
+                     {unique(QStringLiteral("window")), QStringLiteral("600")});
+    const std::string taken = peer.nextLine(10 * kDeadlineMs);
+    EXPECT_EQ(peer.waitForExit(), 0);
+    EXPECT_NE(taken, "0");
 }
 
 TEST_F(WindowTest, HandsPostedMessagesToTheNativeEventFilters)
