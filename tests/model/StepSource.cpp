@@ -24,7 +24,7 @@ const std::vector<Choice>& choices()
         {"popupMainWindow", 8, {2}},
         {"switchShowState", 4, {}},
         {"switchedHide", 5, {}},
-        {"windowStateChanged", 16, {6}},
+        {"windowStateChanged", 18, {}},
         {"changeMergeMode", 7, {3, 2}},
         {"changeCurrentSkin", 4, {4}},
         {"changeCurrentUnread", 12, {4}},
@@ -47,7 +47,10 @@ const std::vector<Choice>& choices()
 /// Among them no rectangle, ones without an area, and ones that others fit into.
 constexpr int kRects[][4] = {{0, 0, 0, 0},       {7, 9, 0, 0},      {3, 4, 50, 0},
                              {10, 20, 300, 200}, {-5, 0, 300, 200}, {0, 0, 800, 600},
-                             {1, 0, 800, 600},   {0, 0, 900, 500}};
+                             {0, 0, 900, 700},   {1, 0, 800, 600},  {0, 0, 900, 500}};
+
+/// The normal and the maximised one more often: they are what sizes are remembered of.
+constexpr int kStates[] = {1, 1, 1, 3, 3, 2, 4, 0, 5};
 
 } // namespace
 
@@ -85,6 +88,7 @@ Step StepSource::next(const AccountsModel& model)
     if (step.operation == "switchToAccount") {
         step.arguments = {below(m_processes + 1) - 1};
     } else if (step.operation == "windowStateChanged") {
+        step.arguments = {kStates[below(std::size(kStates))]};
         const auto& rect = kRects[below(std::size(kRects))];
         step.arguments.insert(step.arguments.end(), std::begin(rect), std::end(rect));
     } else if (step.operation == "sortAllAccount") {
