@@ -262,7 +262,8 @@ TEST(PavoHost, RawBytesArriveAsTheyAre)
     const QByteArray message = frame("{\"name\":\"OpenBaseInfoSettingWindow\"}");
     const ToolResult result = runTool(kHost,
                                       {QStringLiteral("--raw"), QStringLiteral("--"),
-                                       siblingExecutable(QStringLiteral("pavo-workbench"))},
+                                       siblingExecutable(QStringLiteral("pavo-workbench")),
+                                       QStringLiteral("--headless")},
                                       message + frame("\r\n\x1a") + message);
     EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
     EXPECT_EQ(result.output.count("workbench: open the base-information settings"), 2)
@@ -296,7 +297,8 @@ TEST(PavoHost, WorkbenchLaunchedByHandIsServed)
     ASSERT_TRUE(host.waitForReadyRead(kDeadlineMs));
     const QString line = QString::fromUtf8(host.readLine()).trimmed();
     const ToolResult workbench =
-        runTool(QStringLiteral("pavo-workbench"), {line.section(QLatin1Char(' '), -1)});
+        runTool(QStringLiteral("pavo-workbench"),
+                {QStringLiteral("--headless"), line.section(QLatin1Char(' '), -1)});
     EXPECT_EQ(workbench.exitCode, 0);
     EXPECT_TRUE(workbench.output.contains("open the base-information settings"));
     ASSERT_TRUE(host.waitForFinished(kDeadlineMs));

@@ -52,14 +52,14 @@ TEST(PavoWorkbench, CommandLineWithoutPipesIsExitCode3)
 
 TEST(PavoWorkbench, HostThatGoesBeforeTheMainWindowIsExitCode4)
 {
-    const ToolResult result = runTool(kWorkbench, {QStringLiteral("--wait-enter"), nobody()});
+    const ToolResult result = runTool(kWorkbench, {QStringLiteral("--headless"), QStringLiteral("--wait-enter"), nobody()});
     EXPECT_EQ(result.exitCode, 4);
     EXPECT_TRUE(result.output.contains("before the main window was entered"));
 }
 
 TEST(PavoWorkbench, HostThatGoesLaterIsExitCode0)
 {
-    const ToolResult result = runTool(kWorkbench, {nobody()});
+    const ToolResult result = runTool(kWorkbench, {QStringLiteral("--headless"), nobody()});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(result.output.contains("workbench: the host has gone"));
 }
@@ -68,8 +68,9 @@ TEST(PavoWorkbench, LogGoesToTheFile)
 {
     const QTemporaryDir folder;
     const QString fileName = folder.filePath(QStringLiteral("log"));
-    const ToolResult result = runTool(
-        kWorkbench, {QStringLiteral("--log"), QStringLiteral("debug:") + fileName, nobody()});
+    const ToolResult result =
+        runTool(kWorkbench, {QStringLiteral("--headless"), QStringLiteral("--log"),
+                             QStringLiteral("debug:") + fileName, nobody()});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_FALSE(result.errors.contains("Could not open pipe"));
     QFile file(fileName);

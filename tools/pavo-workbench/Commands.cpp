@@ -1,6 +1,8 @@
 #include "tools/pavo-workbench/Commands.h"
 
 #include "ipc/KTChannelManager.h"
+#include "tools/pavo-workbench/Say.h"
+#include "tools/pavo-workbench/Screen.h"
 #include "tools/pavo-workbench/Workbench.h"
 
 #include <QCoreApplication>
@@ -55,7 +57,8 @@ bool convert(const QString& word, QString& value)
     return true;
 }
 
-using Action = std::function<bool(const QStringList& words)>;
+using Commands::Target;
+using Action = std::function<bool(const Target& target, const QStringList& words)>;
 
 /// Calls `function` with the words as its parameters; false when they are not such.
 template<typename... Parameters, typename Function>
@@ -64,7 +67,7 @@ bool call(const Function& function, const QStringList& words)
     std::tuple<std::decay_t<Parameters>...> values;
     const bool ok = std::apply(
         [&words](auto&... value) {
-            auto word = words.begin();
+            [[maybe_unused]] auto word = words.begin();
             return words.size() == static_cast<int>(sizeof...(value)) &&
                    (convert(*word++, value) && ...);
         },
@@ -74,32 +77,73 @@ bool call(const Function& function, const QStringList& words)
     return ok;
 }
 
-template<typename... Parameters>
-Action action(void (*function)(Parameters...))
+/// Whom a command's member function is called for.
+template<typename Class>
+Class& receiverOf(const Target& target)
 {
-    return [function](const QStringList& words) { return call<Parameters...>(function, words); };
+    if constexpr (std::is_same_v<Class, KTChannelManager>)
+        return *KTChannelManager::sharedInstance();
+    else if constexpr (std::is_same_v<Class, Accounts>)
+        return target.workbench.accounts();
+    else
+        return target.workbench;
 }
 
-template<typename... Parameters>
-Action action(void (KTChannelManager::*sender)(Parameters...))
+template<typename Class, typename... Parameters>
+Action action(void (Class::*function)(Parameters...))
 {
-    return [sender](const QStringList& words) {
-        const auto send = [sender](const auto&... values) {
-            (KTChannelManager::sharedInstance()->*sender)(values...);
+    return [function](const Target& target, const QStringList& words) {
+        const auto run = [&](const auto&... values) {
+            (receiverOf<Class>(target).*function)(values...);
         };
-        return call<Parameters...>(send, words);
+        return call<Parameters...>(run, words);
     };
 }
 
-bool enter(const QStringList& words)
+template<typename Class>
+Action action(void (Class::*function)() const)
 {
-    return words.isEmpty() ? call<>([] { Workbench::enterMainWindow(0); }, words)
-                           : call<unsigned>(&Workbench::enterMainWindow, words);
+    return [function](const Target& target, const QStringList& words) {
+        return call<>([&] { (receiverOf<Class>(target).*function)(); }, words);
+    };
+}
+
+template<typename... Parameters>
+Action action(void (*function)(Parameters...))
+{
+    return [function](const Target& /*target*/, const QStringList& words) {
+        return call<Parameters...>(function, words);
+    };
+}
+
+bool enter(const Target& target, const QStringList& words)
+{
+    return action(&Workbench::enterMainWindow)(
+        target, words.isEmpty() ? QStringList{QStringLiteral("0")} : words);
+}
+
+bool sort(const Target& target, const QStringList& words)
+{
+    target.workbench.accounts().sort(words);
+    return true;
+}
+
+bool takeScreenshot(const Target& target, const QStringList& words)
+{
+    const auto take = [&](const QString& fileName) {
+        if (!target.screen)
+            say(QStringLiteral("no screenshot, as there is no window"));
+        else if (target.screen->save(fileName))
+            say(QStringLiteral("screenshot in %1").arg(fileName));
+        else
+            complain(QStringLiteral("cannot write %1").arg(fileName));
+    };
+    return call<QString>(take, words);
 }
 
 void printHelp()
 {
-    Workbench::say(Commands::help());
+    say(Commands::help());
 }
 
 struct Command
@@ -110,24 +154,44 @@ struct Command
 };
 
 const Command kCommands[] = {
+    {"account-login-state", "PRESENCE", action(&Accounts::switchOthersLoginState)},
+    {"account-mark", "MARK", action(&Accounts::changeUnreadMark)},
+    {"account-skin", "INDEX", action(&Accounts::changeSkin)},
+    {"account-unread", "COUNT", action(&Accounts::changeUnread)},
     {"active", "", action(&KTChannelManager::activePlatform)},
     {"base-info", "TEXT", action(&KTChannelManager::baseInfoChanged)},
     {"cef-exception", "CODE TEXT TEXT TEXT TEXT TEXT",
      action(&KTChannelManager::UploadCefException)},
     {"enter", "[CODE]", &enter},
+    {"front", "", action(&Accounts::bringToFront)},
     {"help", "", action(&printHelp)},
+    {"hide", "", action(&Accounts::hide)},
     {"interface-exception", "CODE TEXT TEXT TEXT",
      action(&KTChannelManager::UploadInterfaceException)},
+    {"list", "", action(&Accounts::sayList)},
     {"login-failure", "PIN CODE TEXT", action(&KTChannelManager::loginFailure)},
     {"login-status", "STATUS", action(&KTChannelManager::changeLoginInitStatus)},
+    {"maximise", "", action(&Accounts::maximise)},
+    {"merge", "FLAG", action(&Accounts::setMerged)},
+    {"minimise", "", action(&Accounts::minimise)},
+    {"place", "X Y WIDTH HEIGHT", action(&Accounts::place)},
     {"plugin", "TEXT FLAG", action(&KTChannelManager::openPlugin)},
+    {"popup", "FLAG", action(&Accounts::popUp)},
+    {"presence", "PRESENCE", action(&Workbench::setPresence)},
     {"quit", "", action(&QCoreApplication::quit)},
+    {"quit-account", "", action(&Accounts::quit)},
+    {"screenshot", "FILE", &takeScreenshot},
+    {"sel", "", action(&Accounts::sayFront)},
     {"setting", "TEXT", action(&KTChannelManager::openSetting)},
     {"skin", "INDEX", action(&KTChannelManager::changeSkinCallback)},
+    {"sort", "[PIN...]", &sort},
     {"status", "PRESENCE", action(&KTChannelManager::changeStatusCallback)},
+    {"switch", "PIN", action(&Accounts::switchTo)},
+    {"toggle", "", action(&Accounts::toggle)},
     {"tray", "FLAG TEXT NUMBER", action(&KTChannelManager::trayIconAction)},
     {"unread", "COUNT", action(&KTChannelManager::unreadMsgChanged)},
     {"url", "LINK FLAG", action(&KTChannelManager::openUrl)},
+    {"visible", "", action(&Accounts::sayVisible)},
 };
 
 QString usage(const Command& command)
@@ -139,7 +203,7 @@ QString usage(const Command& command)
 
 } // namespace
 
-bool Commands::run(const QString& line, QString& problem)
+bool Commands::run(const Target& target, const QString& line, QString& problem)
 {
     QStringList words = QProcess::splitCommand(line);
     if (words.isEmpty())
@@ -152,7 +216,7 @@ bool Commands::run(const QString& line, QString& problem)
         problem = QStringLiteral("no such command: %1").arg(name);
         return false;
     }
-    if (!command->action(words)) {
+    if (!command->action(target, words)) {
         problem = QStringLiteral("usage: ") + usage(*command);
         return false;
     }

@@ -2,12 +2,11 @@
 
 #include "ipc/KTChannelManager.h"
 #include "pavo_core/SimulatedLoginService.h"
+#include "tools/pavo-workbench/Say.h"
 
-#include <QByteArray>
 #include <QCoreApplication>
 #include <QStringList>
 
-#include <cstdio>
 #include <utility>
 
 namespace {
@@ -28,13 +27,13 @@ QString keyText(const KTKeyInfo& info)
         .arg(QLatin1String(info.valid ? "" : ", not in force"));
 }
 
-void sayKeys(const QString& what, const std::vector<KTKeyInfo>& infos)
+QString keysText(const QString& what, const std::vector<KTKeyInfo>& infos)
 {
     QStringList texts;
     for (const KTKeyInfo& info : infos)
         texts << keyText(info);
-    Workbench::say(QStringLiteral("%1: %2").arg(
-        what, texts.isEmpty() ? QStringLiteral("none") : texts.join(QStringLiteral(", "))));
+    return QStringLiteral("%1: %2").arg(what, texts.isEmpty() ? QStringLiteral("none")
+                                                              : texts.join(QStringLiteral(", ")));
 }
 
 } // namespace
@@ -44,6 +43,17 @@ Workbench::Workbench(std::shared_ptr<SimulatedLoginService> loginService)
 {
     m_core.getCoreConfig().clientVersion = kClientVersion;
     PAVOCore::setShareInstance(&m_core);
+    // Reported on the service's own thread.
+    m_loginObserver.onPresenceChanged = [this](const std::string& pin, int, int now) {
+        QMetaObject::invokeMethod(this, [this, pin, now] { takePresence(pin, now); });
+    };
+    m_core.loginService()->addLoginObserver(&m_loginObserver);
+    connect(&m_accounts, &Accounts::loginStateWanted, this, &Workbench::setPresence);
+}
+
+Workbench::~Workbench()
+{
+    m_core.loginService()->removeLoginObserver(&m_loginObserver);
 }
 
 bool Workbench::startUp(const QString& commandLine)
@@ -63,56 +73,80 @@ bool Workbench::startUp(const QString& commandLine)
                                                        pinChangedCallback);
 }
 
+void Workbench::logIn(const std::string& pin, const std::string& token)
+{
+    m_core.loginService()->hbxTokenLogin(pin, token, {}, {}, 0, nullptr);
+}
+
 void Workbench::enterMainWindow(unsigned code)
 {
     say(QStringLiteral("enter the main window with code %1").arg(code));
     KTChannelManager::sharedInstance()->enterMainUI(code, makeObserver().release());
+    m_accounts.enterMainWindow();
+}
+
+void Workbench::setPresence(int presence)
+{
+    m_core.loginService()->switchPresence(presence, 0, [](int result) {
+        if (result != SimulatedLoginService::Success)
+            say(QStringLiteral("the presence cannot be changed, code %1").arg(result));
+    });
+}
+
+void Workbench::takePresence(const std::string& pin, int presence)
+{
+    m_accounts.join(pin);
+    m_accounts.changeLoginState(presence);
+}
+
+void Workbench::asked(const QString& what)
+{
+    say(what);
+    Q_EMIT hostAsked(what);
 }
 
 std::unique_ptr<KTChannelObserver> Workbench::makeObserver()
 {
     auto observer = std::make_unique<KTChannelObserver>();
-    observer->onOpenLXWindow = [](int kind, const std::string& second, const std::string& first) {
-        say(QStringLiteral("open conversation %1, kind %2, %3")
-                .arg(text(first))
-                .arg(kind)
-                .arg(text(second)));
+    observer->onOpenLXWindow = [this](int kind, const std::string& second,
+                                      const std::string& first) {
+        asked(QStringLiteral("open conversation %1, kind %2, %3")
+                  .arg(text(first))
+                  .arg(kind)
+                  .arg(text(second)));
+        m_accounts.popUp(true);
     };
-    observer->onOpenLXGroup = [](const std::string& second, const std::string& first) {
-        say(QStringLiteral("open group %1, %2").arg(text(first), text(second)));
+    observer->onOpenLXGroup = [this](const std::string& second, const std::string& first) {
+        asked(QStringLiteral("open group %1, %2").arg(text(first), text(second)));
+        m_accounts.popUp(true);
     };
-    observer->onShowUnreadMessageList = [](bool show, const QRect& place) {
-        say(QStringLiteral("%1 the unread messages at (%2, %3), %4 x %5")
-                .arg(QLatin1String(show ? "show" : "hide"))
-                .arg(place.x())
-                .arg(place.y())
-                .arg(qint64{place.right()} - place.left() + 1)
-                .arg(qint64{place.bottom()} - place.top() + 1));
+    observer->onShowUnreadMessageList = [this](bool show, const QRect& place) {
+        asked(QStringLiteral("%1 the unread messages at (%2, %3), %4 x %5")
+                  .arg(QLatin1String(show ? "show" : "hide"))
+                  .arg(place.x())
+                  .arg(place.y())
+                  .arg(qint64{place.right()} - place.left() + 1)
+                  .arg(qint64{place.bottom()} - place.top() + 1));
     };
-    observer->onHotKeyChanged = [](const std::vector<KTKeyInfo>& infos) {
-        sayKeys(QStringLiteral("hot keys"), infos);
+    observer->onHotKeyChanged = [this](const std::vector<KTKeyInfo>& infos) {
+        asked(keysText(QStringLiteral("hot keys"), infos));
     };
-    observer->onShortcutChanged = [](const std::vector<KTKeyInfo>& infos) {
-        sayKeys(QStringLiteral("shortcuts"), infos);
+    observer->onShortcutChanged = [this](const std::vector<KTKeyInfo>& infos) {
+        asked(keysText(QStringLiteral("shortcuts"), infos));
     };
-    observer->onSkinChanged = [](int index) { say(QStringLiteral("skin %1").arg(index)); };
-    observer->onOpenBaseInfoSetting = [] {
-        say(QStringLiteral("open the base-information settings"));
+    observer->onSkinChanged = [this](int index) {
+        asked(QStringLiteral("skin %1").arg(index));
+        m_accounts.changeSkin(index);
     };
-    observer->onRequest = [](const std::string& url) {
-        say(QStringLiteral("show the page %1").arg(text(url)));
+    observer->onOpenBaseInfoSetting = [this] {
+        asked(QStringLiteral("open the base-information settings"));
+    };
+    observer->onRequest = [this](const std::string& url) {
+        asked(QStringLiteral("show the page %1").arg(text(url)));
     };
     observer->onPipeClosed = [] {
         say(QStringLiteral("the host has gone"));
         QCoreApplication::quit();
     };
     return observer;
-}
-
-void Workbench::say(const QString& text)
-{
-    // In one go, so that lines of several threads stay whole.
-    const QByteArray line = QStringLiteral("workbench: %1\n").arg(text).toUtf8();
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
-    std::fflush(stdout);
 }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "pavo_core/PAVOCore.h"
+#include "pavo_core/QLoginObserver.h"
+#include "tools/pavo-workbench/Accounts.h"
 
+#include <QObject>
 #include <QString>
 
 #include <memory>
@@ -10,27 +13,39 @@
 class SimulatedLoginService;
 struct KTChannelObserver;
 
-/// A workbench without a window: says what the host wants of it, a line each on standard output,
-/// and ends when the host goes away.
-class Workbench
+/// A workbench but for what is on the screen: says what the host and the other accounts want of it,
+/// a line each on standard output, acts on it, and ends when the host goes away.
+class Workbench : public QObject
 {
+    Q_OBJECT
+
 public:
     /// Of the process, besides 0 for an orderly end.
-    enum ExitCode { WrongUsage = 2, NoChannel = 3, HostGoneTooEarly = 4 };
+    enum ExitCode { WrongUsage = 2, NoChannel = 3, HostGoneTooEarly = 4, NoDisplay = 5 };
 
     explicit Workbench(std::shared_ptr<SimulatedLoginService> loginService);
+    ~Workbench() override;
     Workbench(const Workbench&) = delete;
     Workbench& operator=(const Workbench&) = delete;
 
     /// False when the command line names no channel.
     static bool startUp(const QString& commandLine);
-    static void enterMainWindow(unsigned code);
+    /// As the host would log it in.
+    void logIn(const std::string& pin, const std::string& token);
+    void enterMainWindow(unsigned code);
+    void setPresence(int presence);
 
-    /// Prints a line. Any thread.
-    static void say(const QString& text);
+    Accounts& accounts() { return m_accounts; }
+
+Q_SIGNALS:
+    void hostAsked(QString what);
 
 private:
-    static std::unique_ptr<KTChannelObserver> makeObserver();
+    std::unique_ptr<KTChannelObserver> makeObserver();
+    void takePresence(const std::string& pin, int presence);
+    void asked(const QString& what);
 
     PAVOCore m_core;
+    QLoginObserver m_loginObserver;
+    Accounts m_accounts;
 };

@@ -1,0 +1,247 @@
+#include "tools/pavo-workbench/WorkbenchWindow.h"
+
+#include "tools/pavo-workbench/AccountDelegate.h"
+#include "tools/pavo-workbench/AccountTexts.h"
+#include "tools/pavo-workbench/Theme.h"
+#include "tools/pavo-workbench/Workbench.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kSideWidth = 240;
+constexpr int kMinimumHeight = 360;
+constexpr int kLogLength = 500;
+constexpr int kPresences[] = {1, 2, 3};
+
+QLabel* makeLabel(const char* name, const QString& text = QString())
+{
+    auto* label = new QLabel(text);
+    label->setObjectName(QLatin1String(name));
+    return label;
+}
+
+} // namespace
+
+WorkbenchWindow::WorkbenchWindow(Workbench& workbench)
+    : m_workbench(workbench)
+{
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(makeSide());
+    layout->addWidget(makeMain(), 1);
+    setMinimumHeight(kMinimumHeight);
+    // A window that is hidden for another account's is no reason to end.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    Accounts& accounts = workbench.accounts();
+    connect(&accounts, &Accounts::changed, this, &WorkbenchWindow::refresh);
+    connect(&accounts, &Accounts::mainWindowWanted, this, &WorkbenchWindow::apply);
+    connect(&workbench, &Workbench::hostAsked, this, [this](const QString& what) {
+        m_log->addItem(what);
+        if (m_log->count() > kLogLength)
+            delete m_log->takeItem(0);
+        m_log->scrollToBottom();
+    });
+    refresh();
+}
+
+QWidget* WorkbenchWindow::makeSide()
+{
+    m_accounts = new QListWidget;
+    m_accounts->setObjectName(QStringLiteral("accounts"));
+    m_accounts->setItemDelegate(new AccountDelegate(m_accounts));
+    m_accounts->setMouseTracking(true);
+    m_accounts->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    connect(m_accounts, &QListWidget::itemClicked, this, &WorkbenchWindow::switchTo);
+    // By the keyboard, too.
+    connect(m_accounts, &QListWidget::itemActivated, this, &WorkbenchWindow::switchTo);
+    m_count = makeLabel("count");
+
+    auto* side = new QWidget;
+    side->setObjectName(QStringLiteral("side"));
+    side->setAttribute(Qt::WA_StyledBackground);
+    side->setFixedWidth(kSideWidth);
+    auto* layout = new QVBoxLayout(side);
+    layout->setContentsMargins(4, 0, 4, 0);
+    layout->setSpacing(0);
+    layout->addWidget(makeLabel("sideTitle", QStringLiteral("Accounts")));
+    layout->addWidget(m_accounts, 1);
+    layout->addWidget(m_count);
+    return side;
+}
+
+QWidget* WorkbenchWindow::makeMain()
+{
+    m_title = makeLabel("title");
+    m_subtitle = makeLabel("subtitle");
+    m_presence = new QComboBox;
+    for (const int presence : kPresences)
+        m_presence->addItem(AccountTexts::presence(presence), presence);
+    connect(m_presence, QOverload<int>::of(&QComboBox::activated), this,
+            [this](int index) { m_workbench.setPresence(m_presence->itemData(index).toInt()); });
+    m_log = new QListWidget;
+    m_log->setObjectName(QStringLiteral("log"));
+    m_log->setWordWrap(true);
+    auto* heading = makeLabel("heading", QStringLiteral("What the host &asked"));
+    heading->setBuddy(m_log);
+    auto* presenceLabel = makeLabel("heading", QStringLiteral("&Presence"));
+    presenceLabel->setBuddy(m_presence);
+
+    auto* titles = new QVBoxLayout;
+    titles->setSpacing(2);
+    titles->addWidget(m_title);
+    titles->addWidget(m_subtitle);
+    auto* header = new QHBoxLayout;
+    header->addLayout(titles, 1);
+    header->addWidget(presenceLabel);
+    header->addWidget(m_presence);
+
+    auto* main = new QWidget;
+    auto* layout = new QVBoxLayout(main);
+    layout->setContentsMargins(24, 18, 24, 18);
+    layout->setSpacing(12);
+    layout->addLayout(header);
+    layout->addSpacing(4);
+    layout->addWidget(heading);
+    layout->addWidget(m_log, 1);
+    layout->addWidget(makeButtons());
+    return main;
+}
+
+QWidget* WorkbenchWindow::makeButtons()
+{
+    Accounts& accounts = m_workbench.accounts();
+    m_merge = new QPushButton;
+    m_merge->setObjectName(QStringLiteral("merge"));
+    connect(m_merge, &QPushButton::clicked, this,
+            [&accounts] { accounts.setMerged(!accounts.selected().mergeWindow()); });
+    auto* forOthers = new QPushButton(QStringLiteral("Presence for all &others"));
+    connect(forOthers, &QPushButton::clicked, &accounts,
+            [&accounts] { accounts.switchOthersLoginState(accounts.loginState()); });
+    auto* minimise = new QPushButton(QStringLiteral("Mi&nimise"));
+    connect(minimise, &QPushButton::clicked, &accounts, &Accounts::minimise);
+    auto* hideButton = new QPushButton(QStringLiteral("&Hide"));
+    connect(hideButton, &QPushButton::clicked, &accounts, &Accounts::hide);
+
+    auto* buttons = new QWidget;
+    auto* layout = new QHBoxLayout(buttons);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_merge);
+    layout->addWidget(forOthers);
+    layout->addStretch(1);
+    layout->addWidget(minimise);
+    layout->addWidget(hideButton);
+    return buttons;
+}
+
+void WorkbenchWindow::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    QCoreApplication::quit();
+}
+
+void WorkbenchWindow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::WindowStateChange)
+        report();
+    QWidget::changeEvent(event);
+}
+
+void WorkbenchWindow::moveEvent(QMoveEvent* event)
+{
+    QWidget::moveEvent(event);
+    report();
+}
+
+void WorkbenchWindow::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    report();
+}
+
+void WorkbenchWindow::apply()
+{
+    m_applying = true;
+    const Accounts::MainWindow& wanted = m_workbench.accounts().mainWindow();
+    if (!wanted.visible) {
+        hide();
+    } else {
+        const Qt::WindowStates state = wanted.state == kMAMinimised   ? Qt::WindowMinimized
+                                       : wanted.state == kMAMaximised ? Qt::WindowMaximized
+                                                                      : Qt::WindowNoState;
+        setGeometry(wanted.rect);
+        setWindowState(state);
+        show();
+        if (state != Qt::WindowMinimized) {
+            raise();
+            activateWindow();
+        }
+    }
+    m_applying = false;
+}
+
+void WorkbenchWindow::report()
+{
+    if (m_applying || !isVisible())
+        return;
+    const int state = isMinimized() ? kMAMinimised : isMaximized() ? kMAMaximised : kMANormal;
+    m_workbench.accounts().mainWindowChanged(state, geometry());
+}
+
+void WorkbenchWindow::refresh()
+{
+    const Accounts& accounts = m_workbench.accounts();
+    const MASelectedAccount selected = accounts.selected();
+    const QString sheet = Theme::of(accounts.skin()).styleSheet();
+    if (styleSheet() != sheet)
+        setStyleSheet(sheet);
+    const QString pin = accounts.pin();
+    setWindowTitle(pin.isEmpty() ? QStringLiteral("Workbench")
+                                 : QStringLiteral("%1 - Workbench").arg(pin));
+    m_title->setText(pin.isEmpty() ? QStringLiteral("Nobody is logged in") : pin);
+    m_subtitle->setText(
+        QStringLiteral("%1 skin, %2")
+            .arg(QLatin1String(Theme::of(accounts.skin()).name),
+                 QLatin1String(selected.mergeWindow() ? "one window for all accounts"
+                                                      : "a window of its own")));
+    m_presence->setCurrentIndex(m_presence->findData(accounts.loginState()));
+    m_presence->setEnabled(accounts.hasJoined());
+    m_merge->setText(
+        QLatin1String(selected.mergeWindow() ? "&Separate windows" : "&Merge windows"));
+    refreshList();
+}
+
+void WorkbenchWindow::refreshList()
+{
+    const Accounts& accounts = m_workbench.accounts();
+    const std::list<MAAccountInfo>& list = accounts.list();
+    const MASelectedAccount selected = accounts.selected();
+    const int current = m_accounts->currentRow();
+    m_accounts->clear();
+    for (const MAAccountInfo& account : list) {
+        auto* item = new QListWidgetItem(QString::fromStdString(account.pin), m_accounts);
+        item->setData(AccountDelegate::SkinRole, account.skin);
+        item->setData(AccountDelegate::LoginStateRole, account.loginState);
+        item->setData(AccountDelegate::UnreadRole, account.unread);
+        item->setData(AccountDelegate::MarkRole, account.unreadMark);
+        item->setData(AccountDelegate::FrontRole,
+                      account.equalAccount(selected.appID, selected.pin));
+    }
+    m_accounts->setCurrentRow(qBound(-1, current, m_accounts->count() - 1));
+    m_count->setText(list.size() == 1 ? QStringLiteral("1 account")
+                                      : QStringLiteral("%1 accounts").arg(list.size()));
+}
+
+void WorkbenchWindow::switchTo(QListWidgetItem* item)
+{
+    m_workbench.accounts().switchTo(item->text());
+}
