@@ -6,14 +6,14 @@
 
 #include <utility>
 
-HostSession::HostSession(const QString& name, TimeLine& timeLine)
-    : m_timeLine(timeLine)
-    , m_toWorkbench(name + QStringLiteral("-to-workbench"))
-    , m_fromWorkbench(name + QStringLiteral("-from-workbench"))
+HostSession::HostSession(QString name, const QString& pipeName, TimeLine& timeLine)
+    : m_name(std::move(name))
+    , m_timeLine(timeLine)
+    , m_toWorkbench(pipeName + QStringLiteral("-to-workbench"))
+    , m_fromWorkbench(pipeName + QStringLiteral("-from-workbench"))
 {
     connect(&m_toWorkbench, &PipeWriter::opened, this, [this] {
-        m_timeLine.add(TimeLine::Host,
-                       QStringLiteral("the workbench has opened the pipe it reads"));
+        note(TimeLine::Host, QStringLiteral("the workbench has opened the pipe it reads"));
     });
     connect(&m_toWorkbench, &PipeWriter::written, this, [this] {
         --m_unwritten;
@@ -24,12 +24,11 @@ HostSession::HostSession(const QString& name, TimeLine& timeLine)
         Q_EMIT changed();
     });
     connect(&m_fromWorkbench, &PipeReader::opened, this, [this] {
-        m_timeLine.add(TimeLine::Host,
-                       QStringLiteral("the workbench has opened the pipe it writes"));
+        note(TimeLine::Host, QStringLiteral("the workbench has opened the pipe it writes"));
     });
     connect(&m_fromWorkbench, &PipeReader::received, this, [this](const QByteArray& bytes) {
         m_messages.emplace_back(bytes);
-        m_timeLine.add(TimeLine::FromWorkbench, m_messages.back().text);
+        note(TimeLine::FromWorkbench, m_messages.back().text);
         Q_EMIT changed();
     });
     connect(&m_fromWorkbench, &PipeReader::ended, this, [this] {
@@ -65,8 +64,7 @@ QString HostSession::argument() const
 bool HostSession::launch(QStringList command)
 {
     command << argument();
-    m_timeLine.add(TimeLine::Host,
-                   QStringLiteral("launches %1").arg(command.join(QLatin1Char(' '))));
+    note(TimeLine::Host, QStringLiteral("launches %1").arg(command.join(QLatin1Char(' '))));
     m_launched = true;
     m_process.setProgram(command.takeFirst());
     m_process.setArguments(command);
@@ -82,15 +80,15 @@ void HostSession::send(const QByteArray& bytes)
         for (const char byte : bytes)
             pieces << QByteArray(1, byte);
     }
-    m_timeLine.add(TimeLine::ToWorkbench,
-                   Traffic(bytes).text + QLatin1String(pieces.size() > 1 ? " (byte by byte)" : ""));
+    note(TimeLine::ToWorkbench,
+         Traffic(bytes).text + QLatin1String(pieces.size() > 1 ? " (byte by byte)" : ""));
     ++m_unwritten;
     m_toWorkbench.write(pieces);
 }
 
 void HostSession::writeToStandardInput(const QString& line)
 {
-    m_timeLine.add(TimeLine::Host, QStringLiteral("tells the workbench: %1").arg(line));
+    note(TimeLine::Host, QStringLiteral("tells the workbench: %1").arg(line));
     m_process.write(line.toUtf8() + '\n');
 }
 
@@ -130,9 +128,14 @@ void HostSession::close()
     if (std::exchange(m_closed, true))
         return;
     expectEnd();
-    m_timeLine.add(TimeLine::Host, QStringLiteral("goes away"));
+    note(TimeLine::Host, QStringLiteral("goes away"));
     m_toWorkbench.close();
     m_fromWorkbench.close();
+}
+
+void HostSession::note(TimeLine::Who who, const QString& text)
+{
+    m_timeLine.add(who, m_name.isEmpty() ? text : QStringLiteral("%1: %2").arg(m_name, text));
 }
 
 void HostSession::takeOutput(TimeLine::Who channel, bool all)
@@ -142,7 +145,7 @@ void HostSession::takeOutput(TimeLine::Who channel, bool all)
                                                     : m_process.readAllStandardError();
     const QStringList lines = all ? takeAllLines(output.buffer) : takeLines(output.buffer);
     for (const QString& line : lines)
-        m_timeLine.add(channel, line);
+        note(channel, line);
     output.lines += lines;
     if (!lines.isEmpty())
         Q_EMIT changed();
@@ -160,6 +163,6 @@ void HostSession::processFinished()
 void HostSession::end()
 {
     m_ended = true;
-    m_timeLine.add(TimeLine::Host, endText());
+    note(TimeLine::Host, endText());
     Q_EMIT changed();
 }

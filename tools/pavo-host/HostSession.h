@@ -13,15 +13,16 @@
 #include <deque>
 #include <optional>
 
-/// The host: both pipes and the workbench that was launched on them, if any. Everything that
-/// happens goes into the time line; what has happened so far is asked for after changed().
+/// The host of one workbench: both pipes, and the workbench if it was launched on them. Everything
+/// that happens goes into the time line; what has happened so far is asked for after changed().
 class HostSession : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Creates the pipes, unless somebody else has their names.
-    HostSession(const QString& name, TimeLine& timeLine);
+    /// Creates the pipes, unless somebody else has their names. The time line tells workbenches
+    /// apart by `name`, which may be empty.
+    HostSession(QString name, const QString& pipeName, TimeLine& timeLine);
     /// Ends a workbench that is still there.
     ~HostSession() override;
 
@@ -67,6 +68,7 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void note(TimeLine::Who who, const QString& text);
     void takeOutput(TimeLine::Who channel, bool all);
     void processFinished();
     void end();
@@ -78,6 +80,7 @@ private:
         QStringList lines;
     };
 
+    const QString m_name;
     TimeLine& m_timeLine;
     PipeWriter m_toWorkbench;
     PipeReader m_fromWorkbench;

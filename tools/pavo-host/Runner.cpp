@@ -1,13 +1,13 @@
 #include "tools/pavo-host/Runner.h"
 
 #include "tools/pavo-host/Complain.h"
-#include "tools/pavo-host/HostSession.h"
 #include "tools/pavo-host/Script.h"
+#include "tools/pavo-host/Sessions.h"
 
 #include <utility>
 
-Runner::Runner(HostSession& session, int timeoutMs)
-    : m_session(session)
+Runner::Runner(Sessions& sessions, int timeoutMs)
+    : m_sessions(sessions)
     , m_timeoutMs(timeoutMs)
 {
     m_deadline.setSingleShot(true);
@@ -17,7 +17,7 @@ Runner::Runner(HostSession& session, int timeoutMs)
         advance();
     });
     // Queued, since steps change the session while they are being taken.
-    connect(&session, &HostSession::changed, this, &Runner::advance, Qt::QueuedConnection);
+    connect(&sessions, &Sessions::changed, this, &Runner::advance, Qt::QueuedConnection);
 }
 
 void Runner::add(Step step)
@@ -29,8 +29,7 @@ void Runner::add(Step step)
 void Runner::finish()
 {
     m_finishing = true;
-    for (Step& step : Script::farewell())
-        add(std::move(step));
+    QMetaObject::invokeMethod(this, &Runner::advance, Qt::QueuedConnection);
 }
 
 void Runner::advance()
@@ -41,11 +40,16 @@ void Runner::advance()
     }
     if (m_done)
         return;
-    if (m_finishing) {
+    if (m_takingLeave) {
         m_done = true;
         Q_EMIT done(true);
-    } else if (m_session.hasEndedUnexpectedly()) {
-        fail(QString(), m_session.endText());
+    } else if (m_finishing) {
+        // Only now it is known who is there.
+        m_takingLeave = true;
+        for (Step& step : Script::farewell(m_sessions.names()))
+            add(std::move(step));
+    } else if (const HostSession* const ended = m_sessions.endedUnexpectedly()) {
+        fail(QString(), ended->endText());
     } else {
         Q_EMIT idle();
     }
@@ -57,11 +61,17 @@ bool Runner::takeStep()
     if (!m_current) {
         m_current = std::move(m_steps.front());
         m_steps.pop_front();
+        QString problem;
+        if (m_current->arrange && !m_current->arrange(m_sessions, problem)) {
+            stepFailed(problem);
+            return true;
+        }
         if (m_current->start)
-            m_current->start(m_session);
+            m_current->start(m_sessions.current());
         m_deadline.start(m_timeoutMs + m_current->extraMs);
     }
-    const Verdict verdict = m_current->check(m_session);
+    HostSession& session = m_sessions.current();
+    const Verdict verdict = m_current->check(session);
     switch (verdict.state) {
     case Verdict::Met:
         m_deadline.stop();
@@ -73,10 +83,12 @@ bool Runner::takeStep()
     case Verdict::Waiting:
         break;
     }
-    if (!m_current->needsWorkbench || !m_session.hasEnded())
+    if (!m_current->needsWorkbench)
         return false;
-    stepFailed(
-        QStringLiteral("%1, there will be no %2").arg(m_session.endText(), m_current->awaited));
+    const HostSession* const ended = session.hasEnded() ? &session : m_sessions.endedUnexpectedly();
+    if (!ended)
+        return false;
+    stepFailed(QStringLiteral("%1, there will be no %2").arg(ended->endText(), m_current->awaited));
     return true;
 }
 
@@ -89,7 +101,7 @@ void Runner::stepFailed(const QString& problem)
 void Runner::fail(const QString& place, const QString& problem)
 {
     complain(place, problem);
-    if (m_forgiving && !m_finishing && !m_session.hasEndedUnexpectedly())
+    if (m_forgiving && !m_finishing && !m_sessions.endedUnexpectedly())
         return;
     m_done = true;
     Q_EMIT done(false);

@@ -8,7 +8,7 @@
 #include <deque>
 #include <optional>
 
-class HostSession;
+class Sessions;
 
 /// Takes one step after the other, each with a deadline, and ends with the first that fails.
 class Runner : public QObject
@@ -16,7 +16,7 @@ class Runner : public QObject
     Q_OBJECT
 
 public:
-    Runner(HostSession& session, int timeoutMs);
+    Runner(Sessions& sessions, int timeoutMs);
 
     /// Lets failing steps be told and forgotten, as suits a prompt. The workbench's unexpected end
     /// still ends everything.
@@ -37,10 +37,11 @@ private:
     void stepFailed(const QString& problem);
     void fail(const QString& place, const QString& problem);
 
-    HostSession& m_session;
+    Sessions& m_sessions;
     const int m_timeoutMs;
     bool m_forgiving = false;
     bool m_finishing = false;
+    bool m_takingLeave = false;
     bool m_done = false;
     std::deque<Step> m_steps;
     std::optional<Step> m_current;

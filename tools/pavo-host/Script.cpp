@@ -1,8 +1,8 @@
 #include "tools/pavo-host/Script.h"
 
-#include "tools/pavo-host/HostSession.h"
 #include "tools/pavo-host/InboundMessages.h"
 #include "tools/pavo-host/ScriptCommands.h"
+#include "tools/pavo-host/Sessions.h"
 #include "tools/pavo-host/Traffic.h"
 
 #include <QFile>
@@ -60,13 +60,14 @@ std::optional<std::vector<Step>> Script::read(const QString& fileName, QString& 
     return steps;
 }
 
-std::vector<Step> Script::farewell()
+std::vector<Step> Script::farewell(const QStringList& names)
 {
-    Step stillThere = immediateStep([](HostSession& /*session*/) {});
-    stillThere.check = [](HostSession& session) {
-        return session.hasEndedUnexpectedly() ? Verdict{Verdict::Failed, session.endText()}
-                                              : Verdict{};
-    };
+    std::vector<Step> steps{arrangeStep([](Sessions& sessions, QString& problem) {
+        const HostSession* const ended = sessions.endedUnexpectedly();
+        if (ended)
+            problem = ended->endText();
+        return !ended;
+    })};
     Step leave;
     leave.start = [](HostSession& session) { session.close(); };
     leave.check = [](HostSession& session) {
@@ -76,7 +77,13 @@ std::vector<Step> Script::farewell()
     };
     leave.awaited = QStringLiteral("the workbench's end");
     leave.needsWorkbench = false;
-    return {stillThere, leave};
+    for (const QString& name : names) {
+        leave.arrange = [name](Sessions& sessions, QString& /*problem*/) {
+            return sessions.select(name);
+        };
+        steps.push_back(leave);
+    }
+    return steps;
 }
 
 QString Script::help()

@@ -3,6 +3,7 @@
 #include "tools/pavo-host/Step.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 #include <vector>
@@ -19,8 +20,8 @@ bool isBlank(const QString& line);
 /// The steps of a whole file, or nothing and what is wrong with it.
 std::optional<std::vector<Step>> read(const QString& fileName, QString& problem);
 
-/// What every session ends with: the host goes away, and a launched workbench follows.
-std::vector<Step> farewell();
+/// What ends the sessions with these names: the host goes away, and launched workbenches follow.
+std::vector<Step> farewell(const QStringList& names);
 
 /// What can be written, a line each.
 QString help();

@@ -1,13 +1,16 @@
 #include "tools/pavo-host/ScriptCommands.h"
 
+#include "tools/pavo-host/AccountsView.h"
 #include "tools/pavo-host/HostSession.h"
 #include "tools/pavo-host/InboundMessages.h"
 #include "tools/pavo-host/Script.h"
+#include "tools/pavo-host/Sessions.h"
 #include "tools/pavo-host/Traffic.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QProcess>
 #include <QTimer>
 
 #include <algorithm>
@@ -75,6 +78,45 @@ std::optional<Step> parseExpectExit(const QString& rest, QString& problem)
         return Verdict{};
     };
     return step;
+}
+
+std::optional<Step> parseExpectAccounts(const QString& rest, QString& /*problem*/)
+{
+    const auto view = std::make_shared<std::unique_ptr<AccountsView>>();
+    Step step;
+    step.arrange = [view](Sessions& sessions, QString& /*problem*/) {
+        *view = sessions.viewAccounts();
+        return true;
+    };
+    step.start = [view](HostSession& session) {
+        QObject::connect(view->get(), &AccountsView::changed, &session, &HostSession::changed);
+        (*view)->start();
+    };
+    step.awaited = QStringLiteral("the accounts to be %1").arg(rest);
+    step.check = [view, rest](HostSession& /*session*/) {
+        return Verdict{(*view)->text() == rest ? Verdict::Met : Verdict::Waiting, {}};
+    };
+    step.needsWorkbench = false;
+    return step;
+}
+
+std::optional<Step> parseStart(const QString& rest, QString& /*problem*/)
+{
+    QStringList words = QProcess::splitCommand(rest);
+    const QString name = words.takeFirst();
+    Step step = arrangeStep([name, words](Sessions& sessions, QString& problem) {
+        return sessions.start(name, words, problem);
+    });
+    step.launches = true;
+    return step;
+}
+
+std::optional<Step> parseWith(const QString& rest, QString& /*problem*/)
+{
+    return arrangeStep([rest](Sessions& sessions, QString& problem) {
+        problem = QStringLiteral("there is no workbench %1").arg(rest);
+        return sessions.select(rest);
+    });
 }
 
 std::optional<Step> parseWorkbench(const QString& rest, QString& /*problem*/)
@@ -172,6 +214,13 @@ constexpr Command kCommands[] = {
     {"expect-workbench", "TEXT", "the workbench prints or logs a line with this text",
      parseExpectLine},
     {"expect-exit", "[CODE]", "the workbench ends", parseExpectExit},
+    {"expect-accounts", "TEXT", "the shared accounts are these, as the time line shows them",
+     parseExpectAccounts},
+    {"start", "NAME [OPTIONS]",
+     "launch a workbench, with more options, that the next lines are about; a script with this "
+     "launches none before",
+     parseStart},
+    {"with", "NAME", "the next lines are about this workbench", parseWith},
     {"workbench", "LINE", "write a line to the workbench's standard input", parseWorkbench},
     {"wait", "MILLISECONDS", "let time pass", parseWait},
     {"close", "", "close both pipes: the host goes away", parseClose},

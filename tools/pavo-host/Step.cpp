@@ -4,6 +4,13 @@
 
 #include <utility>
 
+Step arrangeStep(std::function<bool(Sessions&, QString& problem)> arrange)
+{
+    Step step = immediateStep(nullptr);
+    step.arrange = std::move(arrange);
+    return step;
+}
+
 Step immediateStep(std::function<void(HostSession&)> action)
 {
     Step step;

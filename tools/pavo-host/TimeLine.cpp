@@ -8,7 +8,7 @@
 namespace {
 
 // By Who.
-const char* const kColumns[] = {"host", "host -->", "host <--", "workbench", "its log"};
+const char* const kColumns[] = {"host", "host -->", "host <--", "workbench", "its log", "accounts"};
 
 /// What comes from elsewhere must not move the terminal's cursor.
 QString printable(const QString& text)

@@ -8,7 +8,7 @@
 class TimeLine
 {
 public:
-    enum Who { Host, ToWorkbench, FromWorkbench, Workbench, WorkbenchLog };
+    enum Who { Host, ToWorkbench, FromWorkbench, Workbench, WorkbenchLog, Accounts };
 
     TimeLine() { m_clock.start(); }
 

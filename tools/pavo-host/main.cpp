@@ -1,8 +1,8 @@
 #include "tools/pavo-host/Complain.h"
-#include "tools/pavo-host/HostSession.h"
 #include "tools/pavo-host/Prompt.h"
 #include "tools/pavo-host/Runner.h"
 #include "tools/pavo-host/Script.h"
+#include "tools/pavo-host/Sessions.h"
 #include "tools/pavo-host/TimeLine.h"
 #include "tools/support/StandardInput.h"
 
@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QUuid>
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -63,7 +64,12 @@ int main(int argc, char** argv)
         QStringLiteral("timeout"),
         QStringLiteral("Wait for anything at most <seconds>, by default %1.").arg(kDefaultTimeoutS),
         QStringLiteral("seconds"), QString::number(kDefaultTimeoutS));
-    parser.addOptions({help, script, raw, name, timeout});
+    const QCommandLineOption accounts(
+        QStringLiteral("application"),
+        QStringLiteral("The installation whose accounts \"expect-accounts\" is about, by default "
+                       "pavo-workbench."),
+        QStringLiteral("name"), QStringLiteral("pavo-workbench"));
+    parser.addOptions({help, script, raw, name, timeout, accounts});
     parser.addPositionalArgument(
         QStringLiteral("command"),
         QStringLiteral("The workbench to launch, with its arguments; the pipes' names are added as "
@@ -97,26 +103,28 @@ int main(int argc, char** argv)
         steps = std::move(*read);
     }
 
-    HostSession session(parser.isSet(name)
-                            ? parser.value(name)
-                            : QStringLiteral("pavo-") +
-                                  QUuid::createUuid().toString(QUuid::Id128).left(12),
-                        timeLine);
-    if (!session.hasPipes()) {
+    const QStringList command = parser.positionalArguments();
+    Sessions sessions(parser.isSet(name) ? parser.value(name)
+                                         : QStringLiteral("pavo-") +
+                                               QUuid::createUuid().toString(QUuid::Id128).left(12),
+                      command, parser.value(accounts), timeLine);
+    HostSession& first = sessions.first();
+    if (!first.hasPipes()) {
         complain(QString(), QStringLiteral("the pipes cannot be created, does another host have "
                                            "their names?"));
         return NotStarted;
     }
-    Runner runner(session, seconds * 1000);
+    Runner runner(sessions, seconds * 1000);
     QObject::connect(&runner, &Runner::done, &application,
                      [](bool fine) { QCoreApplication::exit(fine ? Fine : Failed); });
 
-    const QStringList command = parser.positionalArguments();
+    const bool scriptLaunches =
+        std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.launches; });
     if (command.isEmpty()) {
         timeLine.add(
             TimeLine::Host,
-            QStringLiteral("waits for a workbench launched with %1").arg(session.argument()));
-    } else if (!session.launch(command)) {
+            QStringLiteral("waits for a workbench launched with %1").arg(first.argument()));
+    } else if (!scriptLaunches && !first.launch(command)) {
         complain(QString(), QStringLiteral("cannot start %1").arg(command.first()));
         return NotStarted;
     }
