@@ -1,10 +1,13 @@
 # shellcheck shell=bash
 # The Debian packages of each purpose. A bare system has none of them.
 
-packages_native="cmake ninja-build g++ ccache qtbase5-dev libjsoncpp-dev liblog4cplus-dev libgtest-dev"
+# A display for windows, and letters for the texts in them.
+packages_display="xvfb xauth fonts-dejavu-core fonts-wqy-microhei"
+packages_native="cmake ninja-build g++ ccache qtbase5-dev libjsoncpp-dev liblog4cplus-dev libgtest-dev
+                 $packages_display"
 packages_sources="dpkg-dev make perl googletest"
 packages_windows="$packages_native $packages_sources g++-mingw-w64-x86-64-posix libz-mingw-w64-dev
-                  wine wine64 xvfb xauth"
+                  wine wine64"
 packages_tsan="$packages_native $packages_sources libpcre2-dev zlib1g-dev"
 packages_format="git clang-format"
 packages_lint="$packages_native clang-tidy"

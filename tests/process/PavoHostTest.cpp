@@ -200,6 +200,72 @@ TEST(PavoHost, WhatNeverComesIsGivenUp)
     }
 }
 
+TEST(PavoHost, ServesSeveralWorkbenches)
+{
+    const ToolResult result = ScriptRun("start a\n"
+                                        "expect StartupCompleted\n"
+                                        "start b --wait-enter\n"
+                                        "workbench enter 7\n"
+                                        "expect StartupCompleted [7,\"2.1.0\"]\n"
+                                        "with a\n"
+                                        "OpenBaseInfoSettingWindow\n"
+                                        "expect-workbench open the base-information settings\n"
+                                        "with b\n"
+                                        "workbench active\n"
+                                        "expect ActivePlatform\n"
+                                        "workbench quit\n"
+                                        "expect-exit 0\n"
+                                        "with a\n"
+                                        "workbench active\n"
+                                        "expect ActivePlatform\n")
+                                  .play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(result.output.count("launches"), 2) << "none but those of the script";
+    EXPECT_TRUE(result.output.contains("a: workbench: open the base")) << result.output.constData();
+}
+
+TEST(PavoHost, WorkbenchOfANameIsOneOnly)
+{
+    const std::pair<QByteArray, QByteArray> lines[] = {
+        {"start a\nstart a\n", ":2: there is a workbench a already"},
+        {"start a\nwith b\n", ":2: there is no workbench b"},
+        {"start a --log nonsense\nexpect ActivePlatform\n",
+         ":2: the workbench ended with exit code 2"},
+        // Another one than the present one counts, too.
+        {"start a --log nonsense\nstart b\nexpect ActivePlatform\n",
+         ":3: the workbench ended with exit code 2"},
+    };
+    for (const auto& [script, problem] : lines) {
+        const ToolResult result = ScriptRun(script).play(headlessWorkbench());
+        EXPECT_EQ(result.exitCode, 1) << script.constData();
+        EXPECT_TRUE(result.errors.contains(problem)) << result.errors.constData();
+    }
+    const ToolResult result = runTool(kHost, {}, "start a\n");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.errors.contains("there is no command")) << result.errors.constData();
+}
+
+TEST(PavoHost, AccountsAreThoseOfTheSegment)
+{
+    const QByteArray login = "expect StartupCompleted\n"
+                             "expect-accounts nobody\n"
+                             "Login [\"waiter\",false,1,\"\",\"\",\"secret\"]\n";
+    const QByteArray right = "expect-accounts merged, waiter ...: waiter visible login 1\n";
+    const ToolResult result =
+        ScriptRun(login + right + "workbench quit-account\nexpect-accounts nobody\n")
+            .play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    // Neither a part of it nor a pattern.
+    const QByteArray wrongs[] = {"waiter visible login 1", "merged, waiter ...: waiter v.*"};
+    for (const QByteArray& wrong : wrongs) {
+        const ToolResult refused = ScriptRun(login + right + "expect-accounts " + wrong + "\n")
+                                       .play(headlessWorkbench(), timeout(1));
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_TRUE(refused.errors.contains("waited in vain for the accounts to be " + wrong))
+            << refused.errors.constData();
+    }
+}
+
 TEST(PavoHost, WorkbenchThatEndsIsNotWaitedFor)
 {
     const QByteArray scripts[] = {
@@ -263,11 +329,11 @@ TEST(PavoHost, WorkbenchThatStopsReadingIsGivenUp)
 TEST(PavoHost, RawBytesArriveAsTheyAre)
 {
     const QByteArray message = frame("{\"name\":\"OpenBaseInfoSettingWindow\"}");
-    const ToolResult result = runTool(kHost,
-                                      {QStringLiteral("--raw"), QStringLiteral("--"),
-                                       siblingExecutable(QStringLiteral("pavo-workbench")),
-                                       QStringLiteral("--headless")},
-                                      message + frame("\r\n\x1a") + message);
+    const ToolResult result =
+        runTool(kHost,
+                {QStringLiteral("--raw"), QStringLiteral("--"),
+                 siblingExecutable(QStringLiteral("pavo-workbench")), QStringLiteral("--headless")},
+                message + frame("\r\n\x1a") + message);
     EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
     EXPECT_EQ(result.output.count("workbench: open the base-information settings"), 2)
         << result.output.constData();

@@ -17,6 +17,25 @@ QString nobody()
         .arg(uniquePipeName(), uniquePipeName());
 }
 
+/// Lines that start a workbench with this name and account, which joins behind the others.
+QByteArray join(const QByteArray& name, const QByteArray& pin)
+{
+    return "start " + name + " --pin " + pin + "\nexpect-workbench workbench: account " + pin +
+           " has joined\nexpect ChangeStatusCallback [1]\n";
+}
+
+const QByteArray kBothJoin = join("a", "waiter") + join("b", "cashier") +
+                             "with a\n"
+                             "expect-workbench list waiter login 1, cashier login 1\n"
+                             "expect-accounts merged, waiter normal 860x560 at 100,80: "
+                             "waiter visible login 1, cashier hidden login 1\n";
+
+void expectFine(const QByteArray& script)
+{
+    const ToolResult result = ScriptRun(script).play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData() << result.output.constData();
+}
+
 } // namespace
 
 TEST(PavoWorkbench, HelpStatesExitCodesAndCommands)
@@ -35,6 +54,7 @@ TEST(PavoWorkbench, WrongUsageIsOneLineAndExitCode2)
         {QStringLiteral("--log"), QStringLiteral("warn:no-such-folder/log"), nobody()},
         {QStringLiteral("--account"), QStringLiteral("waiter"), nobody()},
         {QStringLiteral("--account"), QStringLiteral(":secret"), nobody()},
+        {QStringLiteral("--pin"), QStringLiteral("porter"), nobody()},
     };
     for (const QStringList& usage : usages) {
         const ToolResult result = runTool(kWorkbench, usage);
@@ -52,7 +72,8 @@ TEST(PavoWorkbench, CommandLineWithoutPipesIsExitCode3)
 
 TEST(PavoWorkbench, HostThatGoesBeforeTheMainWindowIsExitCode4)
 {
-    const ToolResult result = runTool(kWorkbench, {QStringLiteral("--headless"), QStringLiteral("--wait-enter"), nobody()});
+    const ToolResult result = runTool(
+        kWorkbench, {QStringLiteral("--headless"), QStringLiteral("--wait-enter"), nobody()});
     EXPECT_EQ(result.exitCode, 4);
     EXPECT_TRUE(result.output.contains("before the main window was entered"));
 }
@@ -147,5 +168,100 @@ TEST(PavoWorkbench, CommandThatIsNotUnderstoodIsRefusedWithItsUsage)
                            "workbench active\n"
                            "expect ActivePlatform\n");
     const ToolResult result = script.play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+}
+
+TEST(PavoWorkbench, StateOfTheWindowIsHandedOn)
+{
+    expectFine(
+        kBothJoin +
+        "workbench maximise\n"
+        "expect-accounts merged, waiter maximised 860x560 at 100,80: ...\n"
+        "with b\n"
+        "workbench front\n"
+        "expect-workbench account code 1, front cashier, merged, state 3, 860x560 at 100,80\n"
+        "expect-workbench window shown, state 3, 860x560 at 100,80\n"
+        "with a\n"
+        "expect-workbench window hidden\n"
+        "with b\n"
+        "workbench minimise\n"
+        "expect-accounts merged, cashier minimised 860x560 at 100,80: "
+        "waiter hidden login 1, cashier visible login 1\n"
+        "with a\n"
+        "workbench popup true\n"
+        "expect-workbench account code 1, front waiter, merged, state 2\n"
+        "expect-accounts merged, waiter normal 860x560 at 100,80: "
+        "waiter visible login 1, cashier hidden login 1\n"
+        "workbench sel\n"
+        "expect-workbench front waiter, merged, state 1, 860x560 at 100,80\n");
+}
+
+TEST(PavoWorkbench, WindowThatAnotherAccountHidesIsHidden)
+{
+    expectFine(kBothJoin + "workbench visible\n"
+                           "expect-workbench the merged window is on screen\n"
+                           "with b\n"
+                           "workbench hide\n"
+                           "with a\n"
+                           "expect-workbench account code 6, front waiter\n"
+                           "expect-workbench window hidden\n"
+                           "expect-accounts merged, waiter hidden 860x560 at 100,80: "
+                           "waiter hidden login 1, cashier hidden login 1\n"
+                           "workbench visible\n"
+                           "expect-workbench no merged window is on screen\n"
+                           "workbench toggle\n"
+                           "expect-accounts merged, waiter normal 860x560 at 100,80: "
+                           "waiter visible login 1, cashier hidden login 1\n");
+}
+
+TEST(PavoWorkbench, MarksAndOrderAreShared)
+{
+    expectFine(
+        kBothJoin +
+        "with b\n"
+        "workbench account-mark 1\n"
+        "with a\n"
+        "expect-workbench account code 4, front waiter\n"
+        "expect-accounts merged, ...: waiter visible login 1, cashier hidden mark 1 login 1\n"
+        "with b\n"
+        "workbench account-mark 0\n"
+        "workbench account-skin 3\n"
+        "expect-accounts merged, ...: "
+        "waiter visible login 1, cashier hidden skin 3 login 1\n"
+        "with a\n"
+        "workbench sort cashier waiter\n"
+        "workbench account-unread 2\n"
+        "expect-workbench list cashier skin 3 login 1, waiter unread 2 login 1\n"
+        "workbench list\n"
+        "expect-workbench workbench: list cashier skin 3 login 1, waiter unread 2 login 1\n"
+        "expect-accounts merged, ...: "
+        "cashier hidden skin 3 login 1, waiter visible unread 2 login 1\n"
+        "workbench switch porter\n"
+        "expect-workbench workbench: there is no account porter\n");
+}
+
+TEST(PavoWorkbench, SeparateWindowsAreAllShown)
+{
+    expectFine(kBothJoin + "workbench merge false\n"
+                           "expect-workbench account code 1, front waiter, separate\n"
+                           "with b\n"
+                           "expect-workbench account code 1, front cashier, separate\n"
+                           "expect-accounts separate, cashier normal 860x560 at 100,80: "
+                           "waiter visible login 1, cashier visible login 1\n"
+                           "workbench merge true\n"
+                           "expect-workbench account code 1, front cashier, merged\n"
+                           "expect-accounts merged, cashier normal 860x560 at 100,80: "
+                           "waiter hidden login 1, cashier visible login 1\n");
+}
+
+TEST(PavoWorkbench, PresenceIsThatOfTheLoginService)
+{
+    const ToolResult result =
+        ScriptRun(join("a", "waiter") + "workbench screenshot picture.png\n"
+                                        "expect-workbench no screenshot\n"
+                                        "workbench presence 7\n"
+                                        "expect ChangeStatusCallback [7]\n"
+                                        "expect-accounts ...: waiter visible login 7\n")
+            .play(headlessWorkbench());
     EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
 }

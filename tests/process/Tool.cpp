@@ -3,8 +3,19 @@
 #include "tests/support/RoleProcess.h"
 #include "tests/support/Wait.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QProcess>
+
+namespace {
+
+QStringList installation()
+{
+    return {QStringLiteral("--application"),
+            QStringLiteral("pavo-test-%1").arg(QCoreApplication::applicationPid())};
+}
+
+} // namespace
 
 ToolResult runTool(const QString& name, const QStringList& arguments, const QByteArray& input)
 {
@@ -20,7 +31,9 @@ ToolResult runTool(const QString& name, const QStringList& arguments, const QByt
 
 QStringList headlessWorkbench()
 {
-    return {siblingExecutable(QStringLiteral("pavo-workbench")), QStringLiteral("--headless")};
+    return QStringList{siblingExecutable(QStringLiteral("pavo-workbench")),
+                       QStringLiteral("--headless")} +
+           installation();
 }
 
 ScriptRun::ScriptRun(const QByteArray& lines)
@@ -33,7 +46,7 @@ ScriptRun::ScriptRun(const QByteArray& lines)
 ToolResult ScriptRun::play(const QStringList& workbench, const QStringList& options) const
 {
     return runTool(QStringLiteral("pavo-host"),
-                   options +
+                   installation() + options +
                        QStringList{QStringLiteral("--script"), fileName(), QStringLiteral("--")} +
                        workbench);
 }

@@ -17,7 +17,7 @@ struct ToolResult
 /// crashed.
 ToolResult runTool(const QString& name, const QStringList& arguments, const QByteArray& input = {});
 
-/// The sample workbench, as a command for pavo-host.
+/// The sample workbench, as a command for pavo-host, in an installation of this process's own.
 QStringList headlessWorkbench();
 
 /// Script lines for pavo-host.
@@ -27,7 +27,8 @@ public:
     explicit ScriptRun(const QByteArray& lines);
 
     QString fileName() const { return m_folder.filePath(QStringLiteral("script.txt")); }
-    /// Plays them against `workbench`, with more options of the host.
+    /// Plays them against `workbench`, with more options of the host, which knows the installation
+    /// of headlessWorkbench().
     ToolResult play(const QStringList& workbench, const QStringList& options = {}) const;
 
 private:

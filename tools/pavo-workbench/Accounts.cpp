@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -17,6 +18,18 @@ QString titleOf(const std::string& pin)
 {
     return QStringLiteral("%1 - %2").arg(QString::fromStdString(pin),
                                          QCoreApplication::applicationName());
+}
+
+QString windowText(const Accounts::MainWindow& window)
+{
+    if (!window.visible)
+        return QStringLiteral("window hidden");
+    return QStringLiteral("window shown, state %1, %2x%3 at %4,%5")
+        .arg(window.state)
+        .arg(window.rect.width())
+        .arg(window.rect.height())
+        .arg(window.rect.x())
+        .arg(window.rect.y());
 }
 
 } // namespace
@@ -308,6 +321,10 @@ void Accounts::setVisible(bool visible)
     m_mainWindow.visible = visible;
     if (m_messageWindow)
         m_messageWindow->setVisible(visible);
+    QString text = windowText(m_mainWindow);
+    if (text != m_said)
+        say(text);
+    m_said = std::move(text);
     Q_EMIT mainWindowWanted();
 }
 

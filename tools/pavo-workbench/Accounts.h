@@ -99,6 +99,7 @@ private:
     const std::shared_ptr<MAManager> m_manager;
     std::optional<pavo::MessageWindow> m_messageWindow;
     MainWindow m_mainWindow;
+    QString m_said = QStringLiteral("window hidden"); ///< of the main window
     std::list<MAAccountInfo> m_list;
     int m_skin = 0;
     int m_loginState = 0;

@@ -26,17 +26,13 @@ QWidget { font-size: 14px; color: #1f2733; }
 #log { background: white; border: 1px solid #d9dfe8; border-radius: 8px; padding: 6px; }
 #log::item { padding: 5px 6px; border-bottom: 1px solid #eef1f5; color: #1f2733; }
 #log::item:selected { background: %light; }
-#log:focus, QPushButton:focus, QComboBox:focus { border: 2px solid %accent; }
-#accounts:focus { border: 1px solid rgba(255, 255, 255, 120); border-radius: 8px; }
-QPushButton, QComboBox { background: white; border: 2px solid #d0d7e2; border-radius: 6px;
-    padding: 7px 16px; }
-QPushButton:hover, QComboBox:hover { border-color: %accent; }
+#log:focus, QPushButton:focus { border: 2px solid %accent; }
+QPushButton { background: white; border: 2px solid #d0d7e2; border-radius: 6px;
+    padding: 7px 12px; }
+QPushButton:hover { border-color: %accent; }
 QPushButton:pressed { background: %light; }
 QPushButton#merge { background: %accent; border-color: %accent; color: white; font-weight: bold; }
 QPushButton#merge:focus { border-color: %dark; }
-QComboBox::drop-down { border: none; width: 22px; }
-QComboBox QAbstractItemView { background: white; selection-background-color: %accent;
-    selection-color: white; }
 )";
 
 } // namespace

@@ -16,8 +16,10 @@
 
 namespace {
 
-constexpr int kSideWidth = 240;
-constexpr int kMinimumHeight = 360;
+constexpr int kSideWidth = 230;
+constexpr int kTitleWidth = 260;
+constexpr QSize kMinimumSize(720, 360);
+constexpr int kControlHeight = 34;
 constexpr int kLogLength = 500;
 constexpr int kPresences[] = {1, 2, 3};
 
@@ -38,7 +40,9 @@ WorkbenchWindow::WorkbenchWindow(Workbench& workbench)
     layout->setSpacing(0);
     layout->addWidget(makeSide());
     layout->addWidget(makeMain(), 1);
-    setMinimumHeight(kMinimumHeight);
+    // The window has to fit where another account's was, whatever its texts need.
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
+    setMinimumSize(kMinimumSize);
     // A window that is hidden for another account's is no reason to end.
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -83,7 +87,9 @@ QWidget* WorkbenchWindow::makeMain()
 {
     m_title = makeLabel("title");
     m_subtitle = makeLabel("subtitle");
+    m_subtitle->setWordWrap(true);
     m_presence = new QComboBox;
+    m_presence->setMinimumHeight(kControlHeight);
     for (const int presence : kPresences)
         m_presence->addItem(AccountTexts::presence(presence), presence);
     connect(m_presence, QOverload<int>::of(&QComboBox::activated), this,
@@ -96,6 +102,12 @@ QWidget* WorkbenchWindow::makeMain()
     auto* presenceLabel = makeLabel("heading", QStringLiteral("&Presence"));
     presenceLabel->setBuddy(m_presence);
 
+    auto* forAll = new QPushButton(QStringLiteral("&For all"));
+    forAll->setToolTip(QStringLiteral("Have the other accounts take on this presence, too"));
+    Accounts& accounts = m_workbench.accounts();
+    connect(forAll, &QPushButton::clicked, &accounts,
+            [&accounts] { accounts.switchOthersLoginState(accounts.loginState()); });
+
     auto* titles = new QVBoxLayout;
     titles->setSpacing(2);
     titles->addWidget(m_title);
@@ -104,6 +116,7 @@ QWidget* WorkbenchWindow::makeMain()
     header->addLayout(titles, 1);
     header->addWidget(presenceLabel);
     header->addWidget(m_presence);
+    header->addWidget(forAll);
 
     auto* main = new QWidget;
     auto* layout = new QVBoxLayout(main);
@@ -124,9 +137,6 @@ QWidget* WorkbenchWindow::makeButtons()
     m_merge->setObjectName(QStringLiteral("merge"));
     connect(m_merge, &QPushButton::clicked, this,
             [&accounts] { accounts.setMerged(!accounts.selected().mergeWindow()); });
-    auto* forOthers = new QPushButton(QStringLiteral("Presence for all &others"));
-    connect(forOthers, &QPushButton::clicked, &accounts,
-            [&accounts] { accounts.switchOthersLoginState(accounts.loginState()); });
     auto* minimise = new QPushButton(QStringLiteral("Mi&nimise"));
     connect(minimise, &QPushButton::clicked, &accounts, &Accounts::minimise);
     auto* hideButton = new QPushButton(QStringLiteral("&Hide"));
@@ -136,7 +146,6 @@ QWidget* WorkbenchWindow::makeButtons()
     auto* layout = new QHBoxLayout(buttons);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_merge);
-    layout->addWidget(forOthers);
     layout->addStretch(1);
     layout->addWidget(minimise);
     layout->addWidget(hideButton);
@@ -207,7 +216,10 @@ void WorkbenchWindow::refresh()
     const QString pin = accounts.pin();
     setWindowTitle(pin.isEmpty() ? QStringLiteral("Workbench")
                                  : QStringLiteral("%1 - Workbench").arg(pin));
-    m_title->setText(pin.isEmpty() ? QStringLiteral("Nobody is logged in") : pin);
+    m_title->setText(pin.isEmpty()
+                         ? QStringLiteral("Nobody is logged in")
+                         : m_title->fontMetrics().elidedText(pin, Qt::ElideRight, kTitleWidth));
+    m_title->setToolTip(pin);
     m_subtitle->setText(
         QStringLiteral("%1 skin, %2")
             .arg(QLatin1String(Theme::of(accounts.skin()).name),
@@ -223,22 +235,28 @@ void WorkbenchWindow::refresh()
 void WorkbenchWindow::refreshList()
 {
     const Accounts& accounts = m_workbench.accounts();
-    const std::list<MAAccountInfo>& list = accounts.list();
     const MASelectedAccount selected = accounts.selected();
-    const int current = m_accounts->currentRow();
     m_accounts->clear();
-    for (const MAAccountInfo& account : list) {
+    for (const MAAccountInfo& account : accounts.list()) {
+        // Behind a window of its own an account is the only one, whatever was heard last.
+        const bool isFront = selected.mergeWindow()
+                                 ? account.equalAccount(selected.appID, selected.pin)
+                                 : QString::fromStdString(account.pin) == accounts.pin();
+        if (!isFront && !selected.mergeWindow())
+            continue;
         auto* item = new QListWidgetItem(QString::fromStdString(account.pin), m_accounts);
+        item->setToolTip(item->text());
         item->setData(AccountDelegate::SkinRole, account.skin);
         item->setData(AccountDelegate::LoginStateRole, account.loginState);
         item->setData(AccountDelegate::UnreadRole, account.unread);
         item->setData(AccountDelegate::MarkRole, account.unreadMark);
-        item->setData(AccountDelegate::FrontRole,
-                      account.equalAccount(selected.appID, selected.pin));
+        item->setData(AccountDelegate::FrontRole, isFront);
+        if (isFront)
+            m_accounts->setCurrentItem(item);
     }
-    m_accounts->setCurrentRow(qBound(-1, current, m_accounts->count() - 1));
-    m_count->setText(list.size() == 1 ? QStringLiteral("1 account")
-                                      : QStringLiteral("%1 accounts").arg(list.size()));
+    const int count = m_accounts->count();
+    m_count->setText(count == 1 ? QStringLiteral("1 account")
+                                : QStringLiteral("%1 accounts").arg(count));
 }
 
 void WorkbenchWindow::switchTo(QListWidgetItem* item)
