@@ -232,7 +232,7 @@ TEST(PavoHost, WorkbenchOfANameIsOneOnly)
         {"start a --log nonsense\nexpect ActivePlatform\n",
          ":2: the workbench ended with exit code 2"},
         // Another one than the present one counts, too.
-        {"start a --log nonsense\nstart b\nexpect ActivePlatform\n",
+        {"start a --log nonsense\nstart b\nwait 600000\n",
          ":3: the workbench ended with exit code 2"},
     };
     for (const auto& [script, problem] : lines) {

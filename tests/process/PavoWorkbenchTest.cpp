@@ -21,7 +21,7 @@ QString nobody()
 QByteArray join(const QByteArray& name, const QByteArray& pin)
 {
     return "start " + name + " --pin " + pin + "\nexpect-workbench workbench: account " + pin +
-           " has joined\nexpect ChangeStatusCallback [1]\n";
+           " has joined\nexpect StartupCompleted\nexpect ChangeStatusCallback [1]\n";
 }
 
 const QByteArray kBothJoin = join("a", "waiter") + join("b", "cashier") +
