@@ -15,6 +15,9 @@ QStringList installation()
             QStringLiteral("pavo-test-%1").arg(QCoreApplication::applicationPid())};
 }
 
+/// Longer than a tool itself waits for anything.
+constexpr int kToolDeadlineMs = 4 * kDeadlineMs;
+
 } // namespace
 
 ToolResult runTool(const QString& name, const QStringList& arguments, const QByteArray& input)
@@ -23,7 +26,7 @@ ToolResult runTool(const QString& name, const QStringList& arguments, const QByt
     process.start(siblingExecutable(name), arguments);
     process.write(input);
     process.closeWriteChannel();
-    const bool ended = process.waitForFinished(kDeadlineMs);
+    const bool ended = process.waitForFinished(kToolDeadlineMs);
     const bool normally = ended && process.exitStatus() == QProcess::NormalExit;
     return {normally ? process.exitCode() : -1, process.readAllStandardOutput(),
             process.readAllStandardError()};

@@ -50,8 +50,9 @@ QString accountText(const QJsonObject& account)
 QString viewText(const QByteArray& json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
+    const QJsonArray list = document[QStringLiteral("accounts")].toArray();
     QStringList accounts;
-    for (const QJsonValue& account : document[QStringLiteral("accounts")].toArray())
+    for (const auto& account : list)
         accounts << accountText(account.toObject());
     if (accounts.isEmpty())
         return QStringLiteral("nobody");

@@ -243,7 +243,7 @@ void Accounts::sayVisible() const
 bool Accounts::nativeEventFilter(const QByteArray& type, void* message, long* /*result*/)
 {
     // Other systems' events have other types.
-    if (!type.startsWith("windows_"))
+    if (type != "windows_generic_MSG")
         return false;
     const auto* posted = static_cast<const MSG*>(message);
     return m_manager->handleNativeEvent(posted->message, static_cast<long>(posted->wParam),

@@ -90,6 +90,7 @@ QWidget* WorkbenchWindow::makeMain()
     m_subtitle->setWordWrap(true);
     m_presence = new QComboBox;
     m_presence->setMinimumHeight(kControlHeight);
+    m_presence->setPalette(QPalette(Qt::white));
     for (const int presence : kPresences)
         m_presence->addItem(AccountTexts::presence(presence), presence);
     connect(m_presence, QOverload<int>::of(&QComboBox::activated), this,
