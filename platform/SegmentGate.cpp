@@ -65,4 +65,14 @@ void SegmentGate::detach()
     m_passage->cleanUp();
 }
 
+SegmentGate::LockState SegmentGate::lookAtLock(const QString& key, int patienceMs)
+{
+    return Passage::visitLock(QSharedMemory(key).nativeKey(), patienceMs, false);
+}
+
+SegmentGate::LockState SegmentGate::freeLock(const QString& key, int patienceMs)
+{
+    return Passage::visitLock(QSharedMemory(key).nativeKey(), patienceMs, true);
+}
+
 } // namespace pavo

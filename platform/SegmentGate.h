@@ -44,6 +44,23 @@ public:
     // `memory` is destroyed: the destructor knows of no gate.
     void detach();
 
+    // What a look at a segment's lock finds.
+    enum class LockState {
+        Absent, // nobody uses the segment
+        Free,
+        Held,  // a process that lives has the lock or the gate, or the gate cannot be entered
+        Stuck, // somebody without a gate has taken it, and may have died since
+        Freed,
+    };
+
+    // Looks at the lock of a segment that may be in trouble, from within the gate if that can be
+    // had. Waits at most `patienceMs` for the gate, and as long for the lock.
+    static LockState lookAtLock(const QString& key, int patienceMs);
+
+    // The same, but gives a lock back that is stuck. To be decided by people: the harm that a
+    // holder suffers which was slow and not dead is that another one may be inside with it.
+    static LockState freeLock(const QString& key, int patienceMs);
+
 private:
     class Passage;
 

@@ -22,6 +22,9 @@ public:
     // Where the system keeps a lock that nobody uses any more: removes it.
     void cleanUp();
 
+    // See SegmentGate::lookAtLock() and freeLock().
+    static LockState visitLock(const QString& segment, int patienceMs, bool isToBeFreed);
+
 private:
     class Hold;
 

@@ -1,7 +1,9 @@
 #include "platform/SegmentGatePassage.h"
 #include "platform/posix/UniqueFd.h"
 
+#include <QDeadlineTimer>
 #include <QFile>
+#include <QThread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -13,6 +15,7 @@
 
 #include <cerrno>
 #include <ctime>
+#include <optional>
 #include <utility>
 
 namespace pavo {
@@ -22,6 +25,8 @@ using posix::UniqueFd;
 
 // How long a process may take between making a lock and giving it its first value.
 constexpr time_t kLongestStartSeconds = 1;
+// Waiting for the gate knows no time-out: it is tried at this interval.
+constexpr unsigned long kLookAgainMs = 10;
 
 // Opened anew for each span: locks of one opening do not exclude each other, those of two do, also
 // within a process. Empty, with the reason in errno, unless it is our own regular file.
@@ -70,6 +75,14 @@ public:
     explicit Lock(const QString& segment)
         : m_id(open(makeKey(segmentLockName(segment))))
     {
+    }
+
+    // The one that there is, if there is one.
+    static std::optional<Lock> existing(const QString& segment)
+    {
+        const key_t key = keyOf(segmentLockName(segment));
+        const int id = key == -1 ? -1 : ::semget(key, 1, 0600);
+        return id == -1 ? std::nullopt : std::optional<Lock>(Lock(id));
     }
 
     // With nobody of ours in the gate there is one to take, unless somebody without a gate has it.
@@ -254,6 +267,30 @@ void SegmentGate::Passage::cleanUp()
         lock.give();
     else
         lock.remove();
+}
+
+// Nothing is ever stuck: gate and lock come back from the dead by themselves.
+SegmentGate::LockState SegmentGate::Passage::visitLock(const QString& segment, int patienceMs,
+                                                       bool /*isToBeFreed*/)
+{
+    // Where nobody is, no gate is made to look for somebody.
+    if (!Lock::existing(segment))
+        return LockState::Absent;
+    const UniqueFd gate = openGate(QFile::encodeName(segmentGateName(segment)));
+    const QDeadlineTimer deadline(patienceMs);
+    while (::flock(gate.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (deadline.hasExpired())
+            return LockState::Held;
+        QThread::msleep(kLookAgainMs);
+    }
+    const auto lock = Lock::existing(segment);
+    if (!lock)
+        return LockState::Absent;
+    lock->putRight();
+    if (!lock->take(patienceMs / 1000))
+        return LockState::Held;
+    lock->give();
+    return LockState::Free;
 }
 
 } // namespace pavo

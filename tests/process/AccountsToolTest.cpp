@@ -228,7 +228,9 @@ TEST_F(AccountsToolTest, WrongUsageIsSaidInOneLine)
           QStringList{QStringLiteral("add"), QStringLiteral("app"), QStringLiteral("a")},
           QStringList{QStringLiteral("remove"), QStringLiteral("app"), QStringLiteral("a"),
                       QStringLiteral("b")},
-          QStringList{QStringLiteral("--colour")}}) {
+          QStringList{QStringLiteral("unlock"), QStringLiteral("now")},
+          QStringList{QStringLiteral("unlock"), QStringLiteral("--json")},
+          QStringList{QStringLiteral("--yes")}, QStringList{QStringLiteral("--colour")}}) {
         const Result result = run(wrong);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.output, "");
@@ -236,5 +238,5 @@ TEST_F(AccountsToolTest, WrongUsageIsSaidInOneLine)
     }
     const Result help = run({QStringLiteral("--help")});
     EXPECT_EQ(help.exitCode, 0);
-    EXPECT_NE(help.output.find("remove APPID PIN"), std::string::npos);
+    EXPECT_NE(help.output.find("[remove APPID PIN | unlock]"), std::string::npos);
 }

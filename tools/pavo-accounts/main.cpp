@@ -1,4 +1,5 @@
 #include "tools/pavo-accounts/Report.h"
+#include "tools/pavo-accounts/Unlock.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -21,9 +22,14 @@ QString description()
         "\"remove\" takes the account of a process that crashed out of the list. Whether it has\n"
         "is judged by its window: as long as that is there, nothing is removed.\n"
         "\n"
+        "\"unlock\" is for workbenches that hang: it looks at the lock of the list, and frees it "
+        "if\n"
+        "a program was killed with it that is none of the workbenches. It asks before it does.\n"
+        "\n"
         "Exit codes:\n"
         "  0  fine, also if no process is running\n"
-        "  1  the segment cannot be used, or there is no such account that may be removed\n"
+        "  1  the segment cannot be used, there is no such account that may be removed, or the\n"
+        "     lock is not free\n"
         "  2  wrong usage");
 }
 
@@ -57,10 +63,15 @@ int main(int argc, char** argv)
                                   QStringLiteral("Print a JSON object on one line."));
     const QCommandLineOption watch(QStringLiteral("watch"),
                                    QStringLiteral("Print again whenever something has changed."));
-    parser.addOptions({name, json, watch});
+    const QCommandLineOption yes(QStringLiteral("yes"),
+                                 QStringLiteral("Free the lock without asking."));
+    parser.addOptions({name, json, watch, yes});
     parser.addPositionalArgument(QStringLiteral("remove APPID PIN"),
                                  QStringLiteral("The account to remove."),
-                                 QStringLiteral("[remove APPID PIN]"));
+                                 QStringLiteral("[remove APPID PIN |"));
+    parser.addPositionalArgument(QStringLiteral("unlock"),
+                                 QStringLiteral("Look at the lock, and free it if need be."),
+                                 QStringLiteral("unlock]"));
     if (!parser.parse(QCoreApplication::arguments()))
         return fail(WrongUsage, parser.errorText());
     if (parser.isSet(help)) {
@@ -71,10 +82,15 @@ int main(int argc, char** argv)
     const Store store(parser.value(name));
     const QStringList command = parser.positionalArguments();
     QString problem;
+    const bool isUnlock = command == QStringList{QStringLiteral("unlock")};
+    if (parser.isSet(yes) && !isUnlock)
+        return fail(WrongUsage, QStringLiteral("--yes is for unlock"));
+    if (isUnlock && !parser.isSet(json) && !parser.isSet(watch))
+        return unlock(store.application(), parser.isSet(yes)) ? Fine : Failed;
     if (!command.isEmpty()) {
         const bool isRemoval = command.size() == 3 && command[0] == QLatin1String("remove");
         if (!isRemoval || parser.isSet(json) || parser.isSet(watch))
-            return fail(WrongUsage, QStringLiteral("expected: remove APPID PIN"));
+            return fail(WrongUsage, QStringLiteral("expected: remove APPID PIN, or unlock"));
         return store.remove(command[1].toStdString(), command[2].toStdString(), problem)
                    ? Fine
                    : fail(Failed, problem);
