@@ -27,7 +27,8 @@ struct MARegion;
 /// window messages to one another that say no more than: look now.
 ///
 /// Instance() may be called from any thread, everything else from one thread only: the GUI thread.
-/// Before initManager() has succeeded, operations do nothing or fail.
+/// Before initManager() has succeeded nothing is read, written or posted; what is then shown to the
+/// own observer is a default record and an empty list.
 class PAVO_IPC_EXPORT MAManager
 {
 public:
@@ -54,8 +55,8 @@ public:
     bool initManager(const std::string& appID, const std::string& pin, const std::string& className,
                      const std::string& title, int skin);
 
-    /// Takes this process's account out of the shared list, hands the front to a neighbour and
-    /// leaves the segment. Returns 1, or -1 when nothing was done.
+    /// Takes this process's account out of the shared list, hands the front to a neighbour if it had
+    /// it, and leaves the segment. Returns 1, or -1 when nothing was done.
     int quitCurrentAccount();
 
     [[nodiscard]] bool isInit() const;

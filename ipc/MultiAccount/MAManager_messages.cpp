@@ -17,12 +17,11 @@ namespace {
 /// Lets processes of lower integrity post the message, too.
 constexpr unsigned long kAddToFilter = 1;
 
-/// Whether the record holds a rectangle of at least one pixel whose far edges are numbers, too.
-bool isRectangle(const MASelectedAccount& selected)
+/// Whether the far edges of the record's rectangle are numbers, too.
+bool hasEdges(const MASelectedAccount& selected)
 {
     constexpr auto kMax = std::numeric_limits<int>::max();
-    return selected.w >= 1 && selected.h >= 1 &&
-           (selected.x <= 0 || selected.w <= kMax - selected.x) &&
+    return (selected.x <= 0 || selected.w <= kMax - selected.x) &&
            (selected.y <= 0 || selected.h <= kMax - selected.y);
 }
 
@@ -62,9 +61,10 @@ void MAManager::postProcessMessage(const std::string& className, const std::stri
 void MAManager::postLocalMessage(int code, MASelectedAccount& selected,
                                  std::list<MAAccountInfo>& accounts)
 {
-    if (code == kMAShow && isRectangle(selected)) {
+    if (code == kMAShow && selected.w >= 1 && selected.h >= 1) {
         setWindowState(selected.windowState);
-        m_windowRect = QRect(selected.x, selected.y, selected.w, selected.h);
+        if (hasEdges(selected))
+            m_windowRect = QRect(selected.x, selected.y, selected.w, selected.h);
     }
     if (!m_observer)
         return;

@@ -123,6 +123,8 @@ void MAManager::switchedHide()
 
 bool MAManager::postToSelected(unsigned int code)
 {
+    if (!m_initialized)
+        return false;
     MASelectedAccount selected;
     {
         const MAMutex lock(&m_sharedMemory);

@@ -10,6 +10,7 @@
 
 namespace {
 
+constexpr int kSequences = 7;
 constexpr int kOperationsEach = 300;
 
 int processesOf(unsigned seed)
@@ -25,7 +26,7 @@ std::vector<unsigned> seeds()
     if (only != 0)
         return {static_cast<unsigned>(only)};
     std::vector<unsigned> all;
-    for (int i = 1; i <= stressed(PAVO_SEQUENCES); ++i)
+    for (int i = 1; i <= stressed(kSequences); ++i)
         all.push_back(static_cast<unsigned>(i));
     return all;
 }

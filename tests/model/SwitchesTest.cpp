@@ -16,6 +16,7 @@
 
 namespace {
 
+constexpr int kSwitches = 10000;
 constexpr int kProcesses = 8;
 /// Accounts, of which some are not there. One digit each, as a process that dies while it writes a
 /// text leaves half of each: all texts have one length.
@@ -161,6 +162,18 @@ protected:
         }
     }
 
+    /// Whoever came to the front last: it may have quit or crashed since.
+    void expectOneSelected()
+    {
+        std::set<std::string> accounts;
+        for (int number = 0; number < kAccounts; ++number)
+            accounts.insert(key(workbenchIdentity(number)));
+        const std::optional<StoredState> state = storedState();
+        ASSERT_TRUE(state);
+        EXPECT_EQ(accounts.count(key(state->selected)), 1U) << key(state->selected);
+        EXPECT_EQ(state->selected.mode, 1);
+    }
+
     void expectInFront(int front)
     {
         const std::optional<StoredState> state = storedState();
@@ -186,7 +199,7 @@ TEST_F(SwitchesTest, NoAccountIsLost)
     int crashes = 0;
     int quits = 0;
     int removals = 0;
-    while (m_switches < stressed(PAVO_SWITCHES) && !HasFatalFailure()) {
+    while (m_switches < stressed(kSwitches) && !HasFatalFailure()) {
         while (static_cast<int>(m_living.size()) < kProcesses - 1)
             add();
         rushBut(-1, [this] { add(); });
@@ -209,6 +222,7 @@ TEST_F(SwitchesTest, NoAccountIsLost)
 
     settle();
     expectAccounts();
+    expectOneSelected();
     const std::vector<int> numbers = livingNumbers();
     const int front = numbers.back();
     m_living.at(numbers.front())->ask(commandLine("switchToAccount", {front}));

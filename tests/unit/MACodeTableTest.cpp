@@ -9,7 +9,22 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-enum class Store { Merged, Separate, Unreadable };
+enum class Store {
+    Merged,
+    Separate,
+    OtherMode,  ///< neither of the two
+    Garbage,    ///< whose texts are none
+    Unjoined,   ///< of a receiver that has attached it and not joined
+    Unreadable, ///< that the receiver has not attached
+};
+
+constexpr const char* kStoreNames[] = {"Merged",  "Separate", "OtherMode",
+                                       "Garbage", "Unjoined", "Unreadable"};
+
+bool isRead(Store store)
+{
+    return store < Store::Unjoined;
+}
 
 /// A message, and what the receiver's observer is told. The receiver is account "b", "a" is in
 /// front.
@@ -57,16 +72,36 @@ protected:
         settle();
         a.manager.switchToCurrentPin();
         a.manager.windowStateChanged(kMANormal, QRect(1, 2, 30, 40));
-        forget();
-        if (store == Store::Unreadable)
+        if (store == Store::OtherMode) {
+            MASelectedAccount selected = a.manager.selected();
+            selected.mode = 2;
+            const MAMutex lock(&a.manager.memory());
+            a.manager.writeSelected(selected);
+        } else if (store == Store::Garbage) {
+            fill('{');
+        } else if (store == Store::Unjoined) {
+            b.manager.setInitialized(false);
+        } else if (store == Store::Unreadable) {
             b.manager.memory().detach();
+        }
+        forget();
     }
 
-    static const Texts& expectedCalls(const Received& received, Store store)
+    static Texts expectedCalls(const Received& received, Store store)
     {
-        return store == Store::Merged     ? received.merged
-               : store == Store::Separate ? received.separate
-                                          : received.unreadable;
+        const bool takesFront = received.code == kMAShow;
+        switch (store) {
+        case Store::Merged:
+            return received.merged;
+        case Store::Separate:
+            return received.separate;
+        case Store::OtherMode:
+            return takesFront ? received.merged : received.separate;
+        case Store::Garbage:
+            return takesFront ? Texts{"1 b 0 []"} : received.unreadable;
+        default:
+            return received.unreadable;
+        }
     }
 
     /// All that is logged, in order.
@@ -79,14 +114,14 @@ protected:
             lines.push_back("WARN unprocessed cross process messages " + numbers);
         if (received.code != kMAShow)
             return lines;
-        const bool isRead = store != Store::Unreadable;
-        lines.push_back("DEBUG switch to account, " + (isRead ? b.manager.own().title : ""));
-        lines.push_back(std::string("DEBUG b, window state, ") + (isRead ? "1" : "0"));
-        if (store != Store::Separate)
-            lines.push_back("DEBUG post process message, " + (isRead ? a.manager.own().title : "") +
-                            ", param2");
-        if (isRead)
-            lines.push_back("DEBUG b, window state, 1"); // with the rectangle
+        const bool hasRectangle = isRead(store) && store != Store::Garbage;
+        lines.push_back("DEBUG switch to account, " + (isRead(store) ? b.manager.own().title : ""));
+        lines.push_back(std::string("DEBUG b, window state, ") + (hasRectangle ? "1" : "0"));
+        if (store != Store::Separate && store != Store::OtherMode)
+            lines.push_back("DEBUG post process message, " +
+                            (hasRectangle ? a.manager.own().title : "") + ", param2");
+        if (hasRectangle)
+            lines.push_back("DEBUG b, window state, 1");
         return lines;
     }
 };
@@ -98,10 +133,7 @@ std::string nameOf(const testing::TestParamInfo<std::tuple<Received, Store, bool
     };
     const auto& [received, store, hasObserver] = test.param;
     return "Code" + number(received.code) + "Value" + number(received.value) +
-           (store == Store::Merged     ? "Merged"
-            : store == Store::Separate ? "Separate"
-                                       : "Unreadable") +
-           (hasObserver ? "" : "Unobserved");
+           kStoreNames[static_cast<int>(store)] + (hasObserver ? "" : "Unobserved");
 }
 
 } // namespace
@@ -116,17 +148,19 @@ TEST_P(MACodeTableTest, CallsLogsAndPostsWhatItShould)
     EXPECT_EQ(b.calls, hasObserver ? expectedCalls(sent, store) : Texts{});
     EXPECT_EQ(logged(), expectedLines(sent, store));
 
-    const bool takesFront = sent.code == kMAShow && store != Store::Unreadable;
+    const bool takesFront = sent.code == kMAShow && isRead(store);
     const bool tells = takesFront && store == Store::Merged;
     EXPECT_EQ(received(), tells ? "a: 2/0; b:; c:" : "a:; b:; c:");
     EXPECT_EQ(a.calls, tells ? Texts{"2 b 1 []"} : Texts{});
     EXPECT_TRUE(c.calls.empty());
-    EXPECT_EQ(a.manager.selected().pin, takesFront ? "b" : "a");
+    const std::string before = store == Store::Garbage ? "" : "a";
+    EXPECT_EQ(a.manager.selected().pin, takesFront ? "b" : before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Codes, MACodeTableTest,
                          testing::Combine(testing::ValuesIn(kReceived),
                                           testing::Values(Store::Merged, Store::Separate,
-                                                          Store::Unreadable),
+                                                          Store::OtherMode, Store::Garbage,
+                                                          Store::Unjoined, Store::Unreadable),
                                           testing::Bool()),
                          nameOf);

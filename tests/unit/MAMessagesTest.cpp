@@ -125,11 +125,13 @@ TEST_F(MAMessagesTest, ShowingAdoptsStateAndRectangleThatAreThere)
     // Whoever can write to the segment can write this: edges that no number can hold.
     constexpr int kMax = std::numeric_limits<int>::max();
     selected.w = selected.h = 2;
+    selected.windowState = 1;
     for (const QPoint corner : {QPoint(kMax, 0), QPoint(0, kMax)}) {
         selected.x = corner.x();
         selected.y = corner.y();
         a.manager.postLocal(1, selected, accounts);
         EXPECT_EQ(a.manager.windowRect(), QRect(1, 2, 3, 4));
+        EXPECT_EQ(a.manager.windowState(), 1) << "the state is one";
     }
     selected.w = selected.h = 9;
     a.manager.postLocal(3, selected, accounts);

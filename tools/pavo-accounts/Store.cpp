@@ -2,21 +2,12 @@
 
 #include "ipc/MultiAccount/MACodes.h"
 #include "ipc/MultiAccount/MAStoreLayout.h"
+#include "ipc/MultiAccount/MAWindow.h"
 #include "platform/SegmentGate.h"
 #include "platform/Win32.h"
 
 #include <algorithm>
 #include <iterator>
-
-namespace {
-
-HWND findWindow(const std::string& className, const std::string& title)
-{
-    return FindWindowW(QString::fromStdString(className).toStdWString().c_str(),
-                       QString::fromStdString(title).toStdWString().c_str());
-}
-
-} // namespace
 
 /// Attached, in the gate and with the lock, unless there is a problem.
 class Store::Visit
@@ -143,7 +134,7 @@ void Store::tell(int code, const std::string& className, const std::string& titl
 {
     const QString message = m_application + QLatin1String(kMAMessageSuffix);
     const UINT number = RegisterWindowMessageW(message.toStdWString().c_str());
-    HWND window = findWindow(className, title);
+    HWND window = findMAWindow(className, title);
     // Whoever has no window sees the change when it looks the next time.
     if (number != 0 && window)
         PostMessageA(window, number, static_cast<WPARAM>(code), 0);
@@ -151,7 +142,7 @@ void Store::tell(int code, const std::string& className, const std::string& titl
 
 WindowPresence windowPresence(const std::string& className, const std::string& title)
 {
-    HWND window = findWindow(className, title);
+    HWND window = findMAWindow(className, title);
     if (!window)
         return WindowPresence::Missing;
     return IsWindowVisible(window) ? WindowPresence::Visible : WindowPresence::Hidden;
