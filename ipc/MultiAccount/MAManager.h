@@ -55,8 +55,8 @@ public:
     bool initManager(const std::string& appID, const std::string& pin, const std::string& className,
                      const std::string& title, int skin);
 
-    /// Takes this process's account out of the shared list, hands the front to a neighbour if it had
-    /// it, and leaves the segment. Returns 1, or -1 when nothing was done.
+    /// Takes this process's account out of the shared list, hands the front to a neighbour if it
+    /// had it, and leaves the segment. Returns 1, or -1 when nothing was done.
     int quitCurrentAccount();
 
     [[nodiscard]] bool isInit() const;

@@ -5,6 +5,7 @@
 #include <json/json.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <memory>
 
 namespace {
@@ -17,6 +18,19 @@ bool parse(const std::string& region, Json::Value& document)
                                       region.end(), [](char byte) { return byte == '\0'; });
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     return isPadded && reader->parse(region.data(), region.data() + length, &document, nullptr);
+}
+
+/// Whether all of these are of the type that they are read as.
+bool haveTypes(const Json::Value& record, std::initializer_list<const char*> numbers)
+{
+    if (!record.isObject())
+        return false;
+    for (const char* text : {"appID", "pin", "className", "title"}) {
+        if (!record[text].isString())
+            return false;
+    }
+    return std::all_of(numbers.begin(), numbers.end(),
+                       [&](const char* number) { return record[number].isInt(); });
 }
 
 void readIdentity(const Json::Value& from, AccountsModel::Identity& identity)
@@ -55,11 +69,15 @@ std::optional<StoredState> storedState()
     const std::optional<SegmentTexts> texts = readSegmentTexts();
     Json::Value first;
     Json::Value list;
-    if (!texts || !parse(texts->selected, first) || !first.isObject() ||
+    if (!texts || !parse(texts->selected, first) ||
+        !haveTypes(first, {"mode", "windowState", "x", "y", "w", "h"}) ||
         !parse(texts->accounts, list) || (!list.isArray() && !list.isNull()))
         return {};
     StoredState state{readSelected(first), {}};
-    for (const Json::Value& each : list)
+    for (const Json::Value& each : list) {
+        if (!haveTypes(each, {"idx", "unread", "unreadMark", "skin", "loginState"}))
+            return {};
         state.accounts.push_back(readAccount(each));
+    }
     return state;
 }

@@ -12,7 +12,6 @@ using Texts = std::vector<std::string>;
 /// Tells the senders apart in what they post; more than any of them posts.
 constexpr int kSenderUnit = 100000;
 /// For all posts of a burst, each of which takes its time on a loaded machine.
-constexpr int kBurstMs = 10 * kDeadlineMs;
 
 /// Joins and, when told to, posts that many login states to a window, each with its number; says
 /// how many complaints there were, and the last one.
@@ -205,6 +204,7 @@ TEST_F(MAPostingTest, FrontProcessThatWasKilledIsReportedByEveryOperationThatPos
          }},
         {"switchLoginState", [](MAManagerProbe& manager) { manager.switchLoginState(9); }},
         {"switchToCurrentPin", [](MAManagerProbe& manager) { manager.switchToCurrentPin(); }},
+        {"changeMergeMode", [](MAManagerProbe& manager) { manager.changeMergeMode(0, false); }},
     };
     for (const auto& [name, run] : operations) {
         forget();

@@ -260,8 +260,9 @@ TEST(PavoHost, AccountsAreThoseOfTheSegment)
     const QByteArray wrongs[] = {"nobod", "nob.*"};
     for (const QByteArray& wrong : wrongs) {
         const ToolResult refused =
-            ScriptRun("expect-accounts " + wrong + "\n").play({}, timeout(1));
+            ScriptRun("expect-accounts " + wrong + "\n").play({}, timeout(5));
         EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_TRUE(refused.output.contains("accounts   nobody")) << refused.output.constData();
         EXPECT_TRUE(refused.errors.contains("waited in vain for the accounts to be " + wrong))
             << refused.errors.constData();
     }
@@ -314,8 +315,8 @@ TEST(PavoHost, WorkbenchThatStopsReadingIsGivenUp)
     const ScriptRun script("text " + QByteArray(1024 * 1024, 'x') + "\n");
     QProcess host;
     host.start(siblingExecutable(kHost),
-               timeout(3) + QStringList{QStringLiteral("--name"), name, QStringLiteral("--script"),
-                                        script.fileName()});
+               timeout(10) + QStringList{QStringLiteral("--name"), name, QStringLiteral("--script"),
+                                         script.fileName()});
     ASSERT_TRUE(host.waitForReadyRead(kDeadlineMs));
     const QString pipe = QStringLiteral("\\\\.\\pipe\\%1-to-workbench").arg(name);
     HANDLE end = CreateFileA(pipe.toUtf8().constData(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,

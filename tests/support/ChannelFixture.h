@@ -27,6 +27,11 @@ public:
 
     static QString skin2HBXSkinName(int index) { return KTChannelManager::skin2HBXSkinName(index); }
 
+    static bool parseKeyInfos(const Json::Value& list, std::vector<KTKeyInfo>& out)
+    {
+        return KTChannelManager::parseKeyInfos(list, out);
+    }
+
     static std::weak_ptr<void> aliveToken(const KTChannelManager& manager)
     {
         return manager.m_alive;

@@ -24,7 +24,8 @@ QString roleOption()
 
 Role::Role(const char* name, Run run)
 {
-    roles().emplace(QString::fromLatin1(name), run);
+    if (!roles().emplace(QString::fromLatin1(name), run).second)
+        qFatal("two roles are called %s", name);
 }
 
 bool Role::runAsAsked(int argc, char** argv, int& exitCode)
@@ -89,9 +90,9 @@ void RoleProcess::kill()
     m_process.waitForFinished(kDeadlineMs);
 }
 
-int RoleProcess::waitForExit()
+int RoleProcess::waitForExit(int deadlineMs)
 {
     const bool ended =
-        m_process.state() == QProcess::NotRunning || m_process.waitForFinished(kDeadlineMs);
+        m_process.state() == QProcess::NotRunning || m_process.waitForFinished(deadlineMs);
     return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
 }

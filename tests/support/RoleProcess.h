@@ -43,7 +43,7 @@ public:
     void say(const std::string& line);
     void kill();
     /// Its exit code; -1 when it does not end or was killed.
-    int waitForExit();
+    int waitForExit(int deadlineMs = kDeadlineMs);
 
 private:
     QProcess m_process;

@@ -10,6 +10,7 @@ namespace {
 // As every version of the library has them.
 constexpr int kSelectedSize = 1024;
 constexpr int kAccountsSize = 102400;
+constexpr int kSize = 103434;
 
 } // namespace
 
@@ -17,10 +18,10 @@ std::optional<SegmentTexts> readSegmentTexts()
 {
     QSharedMemory memory(QCoreApplication::applicationName() + QStringLiteral("_MEM"));
     pavo::SegmentGate gate(memory);
-    if (!memory.attach())
+    if (gate.attach(kSize) != QSharedMemory::NoError)
         return {};
     SegmentTexts texts;
-    if (memory.size() >= kSelectedSize + kAccountsSize && memory.lock()) {
+    if (memory.size() >= kSize && memory.lock()) {
         const auto* const bytes = static_cast<const char*>(memory.constData());
         texts.selected.assign(bytes, kSelectedSize);
         texts.accounts.assign(bytes + kSelectedSize, kAccountsSize);

@@ -10,6 +10,7 @@ struct SegmentTexts
     std::string accounts;
 };
 
-/// Looks into the segment of the application's name, attached for no longer than that. Nothing when
-/// there is no segment.
+/// Looks into the segment of the application's name as a process that comes, which is to say that
+/// it is blank when nobody is there, whatever crashed processes may have left. Nothing when it
+/// cannot be used.
 std::optional<SegmentTexts> readSegmentTexts();

@@ -57,12 +57,13 @@ public:
         manager.addObserver(observer);
     }
 
-    void deliver()
+    /// False when that did not come about.
+    bool deliver()
     {
         m_isMarked = false;
         // A window's messages keep their order: what is before the mark was posted before it.
-        if (PostMessageA(window.handle(), m_mark, 0, 0))
-            waitUntil([this] { return m_isMarked; });
+        return PostMessageA(window.handle(), m_mark, 0, 0) &&
+               waitUntil([this] { return m_isMarked; });
     }
 
     std::string rush(int count, int seed, int all)
@@ -225,10 +226,7 @@ const Operation kOperations[] = {
     {"isInit", [](Workbench& own, const Arguments&) { return text(own.manager.isInit()); }},
     {"currentPin", [](Workbench& own, const Arguments&) { return own.manager.currentPin(); }},
     {"deliver",
-     [](Workbench& own, const Arguments&) {
-         own.deliver();
-         return kDone;
-     }},
+     [](Workbench& own, const Arguments&) { return own.deliver() ? kDone : "not delivered"; }},
     {"observe",
      [](Workbench& own, const Arguments& with) {
          if (with.at(0) != 0)

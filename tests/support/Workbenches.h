@@ -6,7 +6,6 @@
 
 #include <QAbstractNativeEventFilter>
 
-#include <algorithm>
 #include <memory>
 
 /// A manager with the window of its account and an observer that writes down what it is told.
@@ -89,18 +88,6 @@ protected:
         }
         log.clear();
     }
-
-    /// What was logged since forget(), but for slow locks, which a loaded machine has anywhere.
-    std::vector<std::string> logged(log4cplus::LogLevel lowest = log4cplus::ALL_LOG_LEVEL) const
-    {
-        std::vector<std::string> lines = log.lines(lowest);
-        const auto isSlowLock = [](const std::string& line) {
-            return line.rfind("WARN shared memory lock ", 0) == 0;
-        };
-        lines.erase(std::remove_if(lines.begin(), lines.end(), isSlowLock), lines.end());
-        return lines;
-    }
-    std::vector<std::string> complaints() const { return logged(log4cplus::WARN_LOG_LEVEL); }
 
     /// Has every message handled that was posted so far.
     void settle()

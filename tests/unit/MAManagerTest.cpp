@@ -75,7 +75,7 @@ TEST_F(MAManagerTest, FirstProcessEntersTheListAndTheFront)
     EXPECT_TRUE(log.has(DEBUG_LOG_LEVEL, "init ma manager, pin app,p,class,title"));
     EXPECT_TRUE(log.has(DEBUG_LOG_LEVEL, "multi account init success, title, mid " +
                                              std::to_string(manager.messageId())));
-    EXPECT_TRUE(log.complaints().empty());
+    EXPECT_TRUE(complaints().empty());
     const LogRecord record = log.records().front();
     EXPECT_NE(record.function.find("MAManager::initManager"), std::string::npos);
     EXPECT_EQ(record.file, "MultiAccount/MAManager.cpp");
@@ -138,11 +138,11 @@ TEST_F(MAManagerTest, EmptyPinOrApplicationIsWarnedOfAndTakenAllTheSame)
 {
     MAManagerProbe manager;
     EXPECT_TRUE(manager.initManager("app", "", "class", "title", 1));
-    EXPECT_EQ(log.complaints(), Texts{"WARN init ma error, pin:"});
+    EXPECT_EQ(complaints(), Texts{"WARN init ma error, pin:"});
     EXPECT_EQ(manager.loginAccountCount(), 1);
     MAManagerProbe other;
     EXPECT_TRUE(other.initManager("", "pin", "class", "title", 1));
-    EXPECT_EQ(log.complaints().back(), "WARN init ma error, pin:pin");
+    EXPECT_EQ(complaints().back(), "WARN init ma error, pin:pin");
     EXPECT_EQ(other.selected().pin, "pin") << "no account with a pin had been selected";
 }
 
@@ -189,7 +189,7 @@ TEST_F(MAManagerTest, WithoutItsMessageItNeverTouchesTheSegment)
     EXPECT_FALSE(manager.isInit());
     EXPECT_TRUE(manager.memory().key().isEmpty());
     EXPECT_FALSE(manager.hasScratchBuffer());
-    EXPECT_EQ(log.complaints(),
+    EXPECT_EQ(complaints(),
               (Texts{"ERROR register message failed", "ERROR p  create share memory failed"}));
     EXPECT_NE(log.records()[1].function.find("registerWindowMessage"), std::string::npos);
     QCoreApplication::setApplicationName(QStringLiteral("pavo-test"));
@@ -210,10 +210,10 @@ TEST_F(MAManagerTest, WithoutItsSegmentItStaysUninitialised)
     EXPECT_TRUE(manager.hasScratchBuffer()) << "until the manager goes";
     EXPECT_EQ(manager.quitCurrentAccount(), -1);
     EXPECT_EQ(log.count(DEBUG_LOG_LEVEL, "change merge, 0"), 2) << "the mode that was not stored";
-    const Texts complaints = log.complaints();
-    ASSERT_GE(complaints.size(), 2U);
-    EXPECT_EQ(complaints.back(), "ERROR p  add current account failed");
-    const std::string& failure = complaints[complaints.size() - 2];
+    const Texts lines = complaints();
+    ASSERT_GE(lines.size(), 2U);
+    EXPECT_EQ(lines.back(), "ERROR p  add current account failed");
+    const std::string& failure = lines[lines.size() - 2];
     const std::string text = "ERROR  create share memory failed, ";
     EXPECT_EQ(failure.substr(0, text.size()), text);
     EXPECT_NE(std::atoi(failure.c_str() + text.size()), 0) << "the error's number";
@@ -244,7 +244,7 @@ TEST_F(MAManagerTest, LastOneLeavesAnEmptyListAndTellsTheSelectedWindow)
     EXPECT_FALSE(manager.memory().isAttached());
     EXPECT_EQ(manager.quitCurrentAccount(), -1);
     EXPECT_EQ(manager.currentPin(), "p");
-    EXPECT_TRUE(log.complaints().empty());
+    EXPECT_TRUE(complaints().empty());
 }
 
 TEST_F(MAManagerTest, FrontAccountHandsOverToTheOneBeforeItOrElseBehindIt)
@@ -267,7 +267,7 @@ TEST_F(MAManagerTest, FrontAccountHandsOverToTheOneBeforeItOrElseBehindIt)
         log.clear();
         EXPECT_EQ(quitting.quitCurrentAccount(), 1);
         EXPECT_TRUE(log.has(DEBUG_LOG_LEVEL, postTo(each.target, 1))) << each.target;
-        EXPECT_EQ(log.complaints(), Texts{"ERROR not find window, " + each.target});
+        EXPECT_EQ(complaints(), Texts{"ERROR not find window, " + each.target});
         EXPECT_EQ(order(staying.accounts()), each.left);
     }
 }

@@ -101,7 +101,8 @@ TEST_F(MAMessagesTest, PostThatTheSystemRefusesIsReportedWithItsError)
         GTEST_SKIP() << "this system's queues have no end";
     post(a, b, 5, 0);
     EXPECT_EQ(complaints(), Texts{"ERROR post process message failed, 1816"});
-    ASSERT_TRUE(waitUntil([&] { return b.received.size() == static_cast<std::size_t>(posted); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return b.received.size() == static_cast<std::size_t>(posted); }, kBurstMs));
 }
 
 TEST_F(MAMessagesTest, ShowingAdoptsStateAndRectangleThatAreThere)
@@ -114,7 +115,7 @@ TEST_F(MAMessagesTest, ShowingAdoptsStateAndRectangleThatAreThere)
     a.manager.postLocal(1, selected, accounts);
     EXPECT_EQ(a.manager.windowState(), 3);
     EXPECT_EQ(a.manager.windowRect(), QRect(1, 2, 3, 4));
-    for (const QSize size : {QSize(0, 5), QSize(5, 0), QSize(-1, 5)}) {
+    for (const QSize size : {QSize(0, 5), QSize(5, 0), QSize(-1, 5), QSize(5, -1)}) {
         selected.windowState = 2;
         selected.w = size.width();
         selected.h = size.height();
@@ -133,10 +134,16 @@ TEST_F(MAMessagesTest, ShowingAdoptsStateAndRectangleThatAreThere)
         EXPECT_EQ(a.manager.windowRect(), QRect(1, 2, 3, 4));
         EXPECT_EQ(a.manager.windowState(), 1) << "the state is one";
     }
+    selected.x = selected.y = 7;
+    selected.w = selected.h = 1;
+    selected.windowState = 3;
+    a.manager.postLocal(1, selected, accounts);
+    EXPECT_EQ(a.manager.windowRect(), QRect(7, 7, 1, 1));
+    EXPECT_EQ(a.manager.windowState(), 3);
     selected.w = selected.h = 9;
     a.manager.postLocal(3, selected, accounts);
-    EXPECT_EQ(a.manager.windowRect(), QRect(1, 2, 3, 4)) << "showing alone adopts";
-    EXPECT_EQ(a.calls.size(), 7U);
+    EXPECT_EQ(a.manager.windowRect(), QRect(7, 7, 1, 1)) << "showing alone adopts";
+    EXPECT_EQ(a.calls.size(), 9U);
 }
 
 TEST_F(MAMessagesTest, OnlyModeZeroIsPresentedAsTheOnlyAccount)

@@ -92,17 +92,17 @@ const Operation kOperations[] = {
     {"ChangeCurrentSkin",
      [](MAManagerProbe& own, const MAAccountInfo&) {
          own.changeCurrentSkin(5);
-         return 0;
+         return own.own().skin;
      },
-     {0, {"DEBUG post process message, , param3"}, {"3  0 []"}},
-     {0, {"DEBUG post process message, , param3"}, {"3  0 []"}}},
+     {5, {"DEBUG post process message, , param3"}, {"3  0 []"}},
+     {5, {"DEBUG post process message, , param3"}, {"3  0 []"}}},
     {"ChangeLoginState",
      [](MAManagerProbe& own, const MAAccountInfo&) {
          own.changeLoginState(5);
-         return 0;
+         return own.own().loginState;
      },
-     {0, {"DEBUG post process message, , param3"}, {"3  0 []"}},
-     {0, {"DEBUG post process message, , param3"}, {"3  0 []"}}},
+     {5, {"DEBUG post process message, , param3"}, {"3  0 []"}},
+     {5, {"DEBUG post process message, , param3"}, {"3  0 []"}}},
     {"ChangeCurrentUnread",
      [](MAManagerProbe& own, const MAAccountInfo&) {
          own.changeCurrentUnread(5);

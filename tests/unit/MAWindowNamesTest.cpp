@@ -47,6 +47,7 @@ protected:
         }
         EXPECT_EQ(complaints(), Texts{});
         EXPECT_TRUE(waitUntil([&] { return !m_elsewhere.empty(); }));
+        settle();
         EXPECT_EQ(m_elsewhere, std::vector<HWND>{window});
     }
 

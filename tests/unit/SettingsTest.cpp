@@ -56,6 +56,25 @@ protected:
     PAVOCore core;
 };
 
+/// Says when it is given a proxy.
+class TellingCore final : public PAVOCore
+{
+public:
+    explicit TellingCore(Lines& calls)
+        : m_calls(calls)
+    {
+    }
+    void configProxy(int type, const std::string& address, int port, const std::string& user,
+                     const std::string& password) override
+    {
+        PAVOCore::configProxy(type, address, port, user, password);
+        m_calls.push_back("proxy");
+    }
+
+private:
+    Lines& m_calls;
+};
+
 const Lines kNoKeys{"hotKeys  0", "shortcuts  0"};
 
 Lines withoutKeys(Lines calls)
@@ -95,7 +114,14 @@ TEST_F(SettingsTest, WhatIsNoTextWithAnObjectLeavesNoMoreThanItsRecord)
 
 TEST_F(SettingsTest, EverySettingInItsOrder)
 {
-    enter();
+    TellingCore telling(calls);
+    PAVOCore::setShareInstance(&telling);
+    auto* observer = recordingObserver();
+    observer->onShortcutChanged = [this](const std::vector<KTKeyInfo>& keys) {
+        calls.push_back("shortcuts " + keys.at(0).functionName);
+        EXPECT_EQ(log.countBeginning("change merge, "), 0);
+    };
+    channel().enterMainUI(0, observer);
     log.clear();
     const std::string document =
         R"({"merge":false,"shortcut":[{"valid":true,"modifiers":2,"keyCode":65,"functionName":"send"}],)"
@@ -105,13 +131,13 @@ TEST_F(SettingsTest, EverySettingInItsOrder)
     EXPECT_EQ(records(), (Lines{"DEBUG hbx change setting", "DEBUG hbx change setting, " + document,
                                 "DEBUG change skin purple", "DEBUG parse key send, 65, 67108864",
                                 "DEBUG change merge, 0"}));
-    EXPECT_EQ(calls, (Lines{"skin 5", "hotKeys  0", "shortcuts send 1"}));
-    ASSERT_TRUE(core.proxy());
-    EXPECT_EQ(core.proxy()->type, 1);
-    EXPECT_EQ(core.proxy()->address, "10.0.0.1");
-    EXPECT_EQ(core.proxy()->port, 3128);
-    EXPECT_EQ(core.proxy()->user, "u");
-    EXPECT_EQ(core.proxy()->password, "p");
+    EXPECT_EQ(calls, (Lines{"proxy", "skin 5", "hotKeys  0", "shortcuts send"}));
+    ASSERT_TRUE(telling.proxy());
+    EXPECT_EQ(telling.proxy()->type, 1);
+    EXPECT_EQ(telling.proxy()->address, "10.0.0.1");
+    EXPECT_EQ(telling.proxy()->port, 3128);
+    EXPECT_EQ(telling.proxy()->user, "u");
+    EXPECT_EQ(telling.proxy()->password, "p");
 }
 
 TEST_F(SettingsTest, ProxyIsSetWhenItIsThereWhateverItIs)
@@ -130,7 +156,9 @@ TEST_F(SettingsTest, ProxyIsSetWhenItIsThereWhateverItIs)
         EXPECT_EQ(core.proxy()->password, "") << proxy;
     }
     PAVOCore::setShareInstance(nullptr);
-    set(R"({"proxy":{}})");
+    calls.clear();
+    set(R"({"proxy":{},"skinName":"red"})");
+    EXPECT_EQ(calls, withoutKeys({"skin 3"})) << "the rest is carried out without a core";
     EXPECT_TRUE(log.complaints().empty());
 }
 
@@ -271,6 +299,22 @@ TEST_F(SettingsTest, KeysAreTranslatedAndHandedOnInOrder)
         log.has(DEBUG_LOG_LEVEL, "parse key \xE5\x91\xBC\xE5\x8F\xAB, 16777264, 201326592"));
     EXPECT_TRUE(log.has(DEBUG_LOG_LEVEL, "parse key hide, 16777216, 301989888"));
     EXPECT_EQ(log.count(DEBUG_LOG_LEVEL, "parse key , 33554431, 0"), 3);
+}
+
+TEST_F(SettingsTest, KeysAreParsedWhereThereIsAList)
+{
+    std::vector<KTKeyInfo> keys(1);
+    for (const char* text : {"null", "{}", "1", R"("[]")"}) {
+        Json::Value list;
+        ASSERT_TRUE(JSONUtils::parseJSON(text, list));
+        EXPECT_FALSE(KTChannelManagerProbe::parseKeyInfos(list, keys)) << text;
+    }
+    Json::Value list(Json::arrayValue);
+    EXPECT_TRUE(KTChannelManagerProbe::parseKeyInfos(list, keys));
+    EXPECT_EQ(keys.size(), 1U);
+    list.append("anything");
+    EXPECT_TRUE(KTChannelManagerProbe::parseKeyInfos(list, keys));
+    EXPECT_EQ(keys.size(), 2U) << "what was there stays";
 }
 
 TEST_F(SettingsTest, KeysThatAreMissingOrNoListClearThem)

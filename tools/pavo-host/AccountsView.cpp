@@ -50,6 +50,8 @@ QString accountText(const QJsonObject& account)
 QString viewText(const QByteArray& json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
+    if (!document.isObject())
+        return QStringLiteral("no document");
     const QJsonArray list = document[QStringLiteral("accounts")].toArray();
     QStringList accounts;
     for (const auto& account : list)
