@@ -52,3 +52,14 @@ function(pavo_add_test name)
     set_tests_properties(${name} PROPERTIES ${properties})
   endif()
 endfunction()
+
+# pavo_fuzz(NAME SOURCES ... LIBS ...)
+#   One libFuzzer target, named as ./pavo fuzz takes it. PAVO_SANITIZE has everything else made ready
+#   for it.
+function(pavo_fuzz name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  pavo_target(${name})
+  target_link_libraries(${name} PRIVATE pavo_fuzz_support ${arg_LIBS})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+endfunction()

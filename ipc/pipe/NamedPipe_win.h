@@ -53,6 +53,8 @@ Q_SIGNALS:
     void sigExitPipe();
 
 private:
+    friend class NamedPipeProbe;
+
     void startThread();
     void stopThread();
     void initReader(QString name);
