@@ -8,6 +8,7 @@
 #include "fuzz/support/Require.h"
 #include "ipc/MultiAccount/MAManager.h"
 #include "ipc/MultiAccount/MAStoreLayout.h"
+#include "platform/SegmentGate.h"
 
 #include <QCoreApplication>
 
@@ -103,8 +104,13 @@ public:
         : m_name(QStringLiteral("fuzz-%1").arg(size))
         , m_harm(m_name + QLatin1String(kMASegmentSuffix))
     {
-        require(m_harm.create(size), "the segment can be made");
+        // Through the gate, which makes use of what a process has left that crashed.
+        require(pavo::SegmentGate(m_harm).attach(size) == QSharedMemory::NoError,
+                "the segment can be made");
     }
+    ~Installation() { pavo::SegmentGate(m_harm).detach(); }
+    Installation(const Installation&) = delete;
+    Installation& operator=(const Installation&) = delete;
 
     void fill(const MARegion& region, const std::string& text, bool toItsEnd)
     {
