@@ -25,6 +25,8 @@ constexpr int kRemoveInCallback = 4;
 /// The last byte of a region's text fills the region.
 constexpr int kFill = 8;
 constexpr int kSizeShift = 4;
+/// More of them take longer and show no more.
+constexpr int kMaxOperations = 32;
 
 /// The right size and those that a process of another kind might have made.
 constexpr int kSizes[] = {kMASegmentSize,
@@ -185,7 +187,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             "a segment that holds a selected account is joined");
     if ((flags & kObserver) != 0)
         observe(manager, (flags & kRemoveInCallback) != 0);
-    while (!input.atEnd()) {
+    for (int i = 0; i < kMaxOperations && !input.atEnd(); ++i) {
         const auto operation = static_cast<std::size_t>(input.byte());
         const int argument = input.byte() - 128;
         // Above the operations come the codes of window messages.
