@@ -190,10 +190,59 @@ TEST(PavoWorkbench, StateOfTheWindowIsHandedOn)
         "with a\n"
         "workbench popup true\n"
         "expect-workbench account code 1, front waiter, merged, state 2\n"
+        "expect-workbench window shown, state 1, 860x560 at 100,80\n"
         "expect-accounts merged, waiter normal 860x560 at 100,80: "
         "waiter visible login 1, cashier hidden login 1\n"
         "workbench sel\n"
         "expect-workbench front waiter, merged, state 1, 860x560 at 100,80\n");
+}
+
+TEST(PavoWorkbench, MinimisedWindowComesUpForItsOwnAccount)
+{
+    expectFine(join("a", "waiter") +
+               "workbench minimise\n"
+               "expect-workbench window shown, state 2\n"
+               "workbench popup false\n"
+               "workbench sel\n"
+               "expect-workbench front waiter, merged, state 2, 860x560 at 100,80\n"
+               "workbench popup true\n"
+               "expect-workbench window shown, state 1, 860x560 at 100,80\n"
+               "expect-accounts merged, waiter normal 860x560 at 100,80: ...\n");
+}
+
+TEST(PavoWorkbench, PlaceIsRememberedAfterTheWindowWasMaximised)
+{
+    expectFine(join("a", "waiter") + "workbench place 20 20 500 400\n"
+                                     "workbench maximise\n"
+                                     "expect-accounts merged, waiter maximised 500x400 at 20,20: "
+                                     "...\n"
+                                     "workbench place 30 30 600 450\n"
+                                     "expect-accounts merged, waiter normal 600x450 at 30,30: "
+                                     "...\n");
+}
+
+TEST(PavoWorkbench, PlaceThatIsNoneIsRefused)
+{
+    QByteArray script = join("a", "waiter");
+    for (const char* const place :
+         {"0 0 0 400", "0 0 500 -1", "2147483647 0 500 400", "0 2147483647 500 400"})
+        script += "workbench place " + QByteArray(place) +
+                  "\nexpect-workbench there is no such place for a window\n";
+    expectFine(script + "workbench place 2147483146 -2147483648 500 400\n"
+                        "expect-accounts merged, waiter normal 500x400 at "
+                        "2147483146,-2147483648: ...\n");
+}
+
+TEST(PavoWorkbench, AccountsAreListedAgainWhenTheHostMergesTheirWindows)
+{
+    expectFine(kBothJoin + "workbench merge false\n"
+                           "expect-workbench separate, state 1, 860x560 at 100,80, list waiter "
+                           "login 1\n"
+                           "ChangeSetting [\"{\\\"merge\\\":true}\"]\n"
+                           "expect-workbench account code 1, front waiter, merged, state 1, "
+                           "860x560 at 100,80, list waiter login 1, cashier login 1\n"
+                           "workbench switch cashier\n"
+                           "expect-workbench account code 2, front cashier, merged\n");
 }
 
 TEST(PavoWorkbench, WindowThatAnotherAccountHidesIsHidden)

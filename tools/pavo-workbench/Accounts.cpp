@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -30,6 +31,15 @@ QString windowText(const Accounts::MainWindow& window)
         .arg(window.rect.height())
         .arg(window.rect.x())
         .arg(window.rect.y());
+}
+
+/// Nothing when there is nothing to see of it, or when its far corner is beyond all numbers.
+std::optional<QRect> rectangle(int x, int y, int width, int height)
+{
+    constexpr int kFarthest = std::numeric_limits<int>::max();
+    if (width < 1 || height < 1 || x > kFarthest - width || y > kFarthest - height)
+        return std::nullopt;
+    return QRect(x, y, width, height);
 }
 
 } // namespace
@@ -77,6 +87,7 @@ void Accounts::join(const std::string& pin)
                  QLatin1String(joined ? "has joined" : "could not join")));
     if (!joined)
         return;
+    m_isApart = !selected().mergeWindow();
     if (!m_manager->isSelectedAccount())
         stepBack();
     else if (m_entered)
@@ -131,8 +142,10 @@ void Accounts::popUp(bool show)
         return;
     m_manager->popupMainWindow(show);
     // It may have taken the front over from a window that was minimised.
-    if (m_mainWindow.visible && m_mainWindow.state == kMAMinimised)
-        mainWindowChanged(kMANormal, m_mainWindow.rect);
+    if (show && m_mainWindow.visible && m_mainWindow.state == kMAMinimised) {
+        m_mainWindow.state = kMANormal;
+        bringBack();
+    }
 }
 
 void Accounts::hide()
@@ -156,8 +169,13 @@ void Accounts::maximise()
 
 void Accounts::place(int x, int y, int width, int height)
 {
+    const std::optional<QRect> rect = rectangle(x, y, width, height);
+    if (!rect) {
+        say(QStringLiteral("there is no such place for a window"));
+        return;
+    }
     m_mainWindow.state = kMANormal;
-    m_mainWindow.rect = QRect(x, y, width, height);
+    m_mainWindow.rect = *rect;
     bringBack();
 }
 
@@ -187,9 +205,19 @@ void Accounts::sort(const QStringList& pins)
 void Accounts::mainWindowChanged(int state, const QRect& rect)
 {
     m_mainWindow.state = state;
-    if (state == kMANormal)
+    if (state == kMANormal && !rect.isNull())
         m_mainWindow.rect = rect;
     m_manager->windowStateChanged(state, rect);
+    Q_EMIT changed();
+}
+
+void Accounts::takeHostSettings()
+{
+    const bool wasApart = std::exchange(m_isApart, !selected().mergeWindow());
+    // Only the others are told when the host merges the windows, and the list from the time apart
+    // is this account alone.
+    if (hasJoined() && wasApart && !m_isApart && m_manager->isSelectedAccount())
+        m_manager->popupMainWindow(true);
     Q_EMIT changed();
 }
 
@@ -256,6 +284,7 @@ void Accounts::take(int code, const MASelectedAccount& selected,
     say(QStringLiteral("account code %1, %2, %3")
             .arg(code)
             .arg(AccountTexts::front(selected), AccountTexts::list(list)));
+    m_isApart = !selected.mergeWindow();
     if (!list.empty())
         m_list = list;
     switch (code) {
@@ -285,8 +314,8 @@ void Accounts::takeFront(const MASelectedAccount& selected)
 {
     const bool comesBack = selected.windowState < kMANormal || selected.windowState >= kMAHidden;
     m_mainWindow.state = comesBack ? kMANormal : selected.windowState;
-    if (selected.w >= 1 && selected.h >= 1)
-        m_mainWindow.rect = QRect(selected.x, selected.y, selected.w, selected.h);
+    m_mainWindow.rect =
+        rectangle(selected.x, selected.y, selected.w, selected.h).value_or(m_mainWindow.rect);
     bringBack();
 }
 
@@ -330,6 +359,8 @@ void Accounts::setVisible(bool visible)
 
 void Accounts::report()
 {
-    m_manager->windowStateChanged(m_mainWindow.state, m_mainWindow.rect);
+    // How large it is when it is not normal only a screen can say.
+    const bool isNormal = m_mainWindow.state == kMANormal;
+    m_manager->windowStateChanged(m_mainWindow.state, isNormal ? m_mainWindow.rect : QRect());
     Q_EMIT changed();
 }

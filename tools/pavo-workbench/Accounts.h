@@ -22,8 +22,8 @@ class Accounts : public QObject, private QAbstractNativeEventFilter
 public:
     struct MainWindow
     {
-        int state = kMANormal; ///< as it is when it is visible: never hidden
-        QRect rect{100, 80, 860, 560};
+        int state = kMANormal;         ///< as it is when it is visible: never hidden
+        QRect rect{100, 80, 860, 560}; ///< as it is, or was last, when it is normal
         bool visible = false;
     };
 
@@ -64,8 +64,10 @@ public:
 
     /// \name What the workbench knows of its own
     /// @{
-    /// The user has changed the visible window.
+    /// The user has changed the visible window. The rectangle is null as long as it is not known.
     void mainWindowChanged(int state, const QRect& rect);
+    /// The host has said whether the windows are merged.
+    void takeHostSettings();
     void changeSkin(int skin);
     void changeUnread(int count);
     void changeUnreadMark(int mark);
@@ -104,4 +106,5 @@ private:
     int m_skin = 0;
     int m_loginState = 0;
     bool m_entered = false;
+    bool m_isApart = false; ///< behind a window of its own, as it last heard
 };

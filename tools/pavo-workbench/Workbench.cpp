@@ -134,7 +134,7 @@ std::unique_ptr<KTChannelObserver> Workbench::makeObserver()
     observer->onShortcutChanged = [this](const std::vector<KTKeyInfo>& infos) {
         asked(keysText(QStringLiteral("shortcuts"), infos));
         // The settings' last part follows, the merge mode, which no observer is told of.
-        QMetaObject::invokeMethod(&m_accounts, &Accounts::changed, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(&m_accounts, &Accounts::takeHostSettings, Qt::QueuedConnection);
     };
     observer->onSkinChanged = [this](int index) {
         asked(QStringLiteral("skin %1").arg(index));
