@@ -1,55 +1,21 @@
 // The sample workbench's window on a display of the test's own.
 
+#include "tests/process/Display.h"
 #include "tests/process/Tool.h"
-#include "tests/support/RoleProcess.h"
 #include "tests/support/Wait.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QImage>
 #include <QProcess>
 #include <QSet>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-/// The display of whoever runs the test is left alone.
-void forgetDisplays()
-{
-    for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-        qunsetenv(name);
-}
-
-/// While it lives, what this process starts has a display.
-class Display
-{
-public:
-    Display()
-    {
-        forgetDisplays();
-        // The server chooses a number that is free and says so.
-        m_server.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1"),
-                                                QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-                                                QStringLiteral("-screen"), QStringLiteral("0"),
-                                                QStringLiteral("1280x800x24")});
-        const bool isUp =
-            waitUntil([this] { return m_server.canReadLine(); }) && m_server.waitForStarted(0);
-        EXPECT_TRUE(isUp) << m_server.readAllStandardError().constData();
-        qputenv("DISPLAY", ':' + m_server.readLine().trimmed());
-    }
-    ~Display()
-    {
-        forgetDisplays();
-        m_server.terminate();
-        m_server.waitForFinished(kDeadlineMs);
-    }
-    Display(const Display&) = delete;
-    Display& operator=(const Display&) = delete;
-
-private:
-    QProcess m_server;
-};
+/// Of all of the demo's scripts.
+constexpr int kDemoMs = 10 * kDeadlineMs;
 
 int colourCount(const QImage& image)
 {
@@ -75,18 +41,13 @@ TEST(WorkbenchWindow, ShowsTheAccountsInTheirColours)
 {
     const Display display;
     const QTemporaryDir folder;
-    const QString application =
-        QStringLiteral("pavo-test-%1-window").arg(QCoreApplication::applicationPid());
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.path()));
-    const ToolResult result =
-        runTool(QStringLiteral("pavo-host"),
-                {QStringLiteral("--application"), application, QStringLiteral("--script"),
-                 QStringLiteral(PAVO_DEMO_DIR "/three-accounts.txt"), QStringLiteral("--"),
-                 siblingExecutable(QStringLiteral("pavo-workbench")),
-                 QStringLiteral("--wait-enter"), QStringLiteral("--application"), application});
-    QDir::setCurrent(before);
-    EXPECT_EQ(result.exitCode, 0) << result.errors.constData() << result.output.constData();
+    QProcess demo;
+    demo.setWorkingDirectory(folder.path());
+    demo.start(QStringLiteral(PAVO_DEMO_DIR "/run-demo"),
+               {QStringLiteral("--gui"), QCoreApplication::applicationDirPath()});
+    ASSERT_TRUE(demo.waitForFinished(kDemoMs));
+    EXPECT_EQ(demo.exitCode(), 0) << demo.readAllStandardError().constData()
+                                  << demo.readAllStandardOutput().constData();
 
     const QSize sizes[] = {{880, 580}, {880, 580}, {760, 430}};
     QSet<QRgb> grounds;

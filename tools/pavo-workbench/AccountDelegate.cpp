@@ -12,6 +12,7 @@ constexpr int kAvatar = 40;
 constexpr int kMargin = 12;
 constexpr int kBadge = 22;
 constexpr int kPresenceDot = 13;
+constexpr int kMarkDot = 10;
 constexpr int kMostShown = 99;
 constexpr QRgb kMarked = 0xffff4d4f;
 
@@ -58,15 +59,21 @@ void paintAvatar(QPainter& painter, const QRect& place, const QModelIndex& index
 int paintBadge(QPainter& painter, const QRect& row, const QModelIndex& index, const QFont& font)
 {
     const int unread = index.data(AccountDelegate::UnreadRole).toInt();
-    if (unread <= 0)
-        return 0;
     const bool isMarked = index.data(AccountDelegate::MarkRole).toInt() != 0;
+    if (unread <= 0 && !isMarked)
+        return 0;
+    painter.setBrush(isMarked ? QColor(kMarked) : QColor(255, 255, 255, 60));
+    if (unread <= 0) {
+        const int inset = (kBadge - kMarkDot) / 2;
+        painter.drawEllipse(QRect(row.right() - kMargin - kMarkDot - inset,
+                                  row.center().y() - kMarkDot / 2, kMarkDot, kMarkDot));
+        return kBadge + 8;
+    }
     const QString text =
         unread > kMostShown ? QStringLiteral("%1+").arg(kMostShown) : QString::number(unread);
     painter.setFont(sized(font, 12, true));
     const int width = qMax(kBadge, painter.fontMetrics().horizontalAdvance(text) + 12);
     const QRect place(row.right() - kMargin - width, row.center().y() - kBadge / 2, width, kBadge);
-    painter.setBrush(isMarked ? QColor(kMarked) : QColor(255, 255, 255, 60));
     painter.drawRoundedRect(place, kBadge / 2.0, kBadge / 2.0);
     painter.setPen(Qt::white);
     painter.drawText(place, Qt::AlignCenter, text);

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 namespace {
@@ -42,7 +43,6 @@ WorkbenchWindow::WorkbenchWindow(Workbench& workbench)
     layout->addWidget(makeMain(), 1);
     // The window has to fit where another account's was, whatever its texts need.
     layout->setSizeConstraint(QLayout::SetNoConstraint);
-    setMinimumSize(kMinimumSize);
     // A window that is hidden for another account's is no reason to end.
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -66,8 +66,15 @@ QWidget* WorkbenchWindow::makeSide()
     m_accounts->setMouseTracking(true);
     m_accounts->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     connect(m_accounts, &QListWidget::itemClicked, this, &WorkbenchWindow::switchTo);
-    // By the keyboard, too.
-    connect(m_accounts, &QListWidget::itemActivated, this, &WorkbenchWindow::switchTo);
+    // Not the item's activation, which a double click is besides its clicks.
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* shortcut = new QShortcut(key, m_accounts);
+        shortcut->setContext(Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, [this] {
+            if (QListWidgetItem* item = m_accounts->currentItem())
+                switchTo(item);
+        });
+    }
     m_count = makeLabel("count");
 
     auto* side = new QWidget;
@@ -104,6 +111,7 @@ QWidget* WorkbenchWindow::makeMain()
     presenceLabel->setBuddy(m_presence);
 
     auto* forAll = new QPushButton(QStringLiteral("&For all"));
+    forAll->setObjectName(QStringLiteral("forAll"));
     forAll->setToolTip(QStringLiteral("Have the other accounts take on this presence, too"));
     Accounts& accounts = m_workbench.accounts();
     connect(forAll, &QPushButton::clicked, &accounts,
@@ -139,8 +147,10 @@ QWidget* WorkbenchWindow::makeButtons()
     connect(m_merge, &QPushButton::clicked, this,
             [&accounts] { accounts.setMerged(!accounts.selected().mergeWindow()); });
     auto* minimise = new QPushButton(QStringLiteral("Mi&nimise"));
+    minimise->setObjectName(QStringLiteral("minimise"));
     connect(minimise, &QPushButton::clicked, &accounts, &Accounts::minimise);
     auto* hideButton = new QPushButton(QStringLiteral("&Hide"));
+    hideButton->setObjectName(QStringLiteral("hide"));
     connect(hideButton, &QPushButton::clicked, &accounts, &Accounts::hide);
 
     auto* buttons = new QWidget;
@@ -161,21 +171,22 @@ void WorkbenchWindow::closeEvent(QCloseEvent* event)
 
 void WorkbenchWindow::changeEvent(QEvent* event)
 {
+    // The window may not have the size yet that goes with the state.
     if (event->type() == QEvent::WindowStateChange)
-        report();
+        report(QRect());
     QWidget::changeEvent(event);
 }
 
 void WorkbenchWindow::moveEvent(QMoveEvent* event)
 {
     QWidget::moveEvent(event);
-    report();
+    report(geometry());
 }
 
 void WorkbenchWindow::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    report();
+    report(geometry());
 }
 
 void WorkbenchWindow::apply()
@@ -188,6 +199,8 @@ void WorkbenchWindow::apply()
         const Qt::WindowStates state = wanted.state == kMAMinimised   ? Qt::WindowMinimized
                                        : wanted.state == kMAMaximised ? Qt::WindowMaximized
                                                                       : Qt::WindowNoState;
+        // What another account hands on may be smaller than a user can make it here.
+        setMinimumSize(kMinimumSize.boundedTo(wanted.rect.size()));
         setGeometry(wanted.rect);
         setWindowState(state);
         show();
@@ -199,12 +212,12 @@ void WorkbenchWindow::apply()
     m_applying = false;
 }
 
-void WorkbenchWindow::report()
+void WorkbenchWindow::report(const QRect& rect)
 {
     if (m_applying || !isVisible())
         return;
     const int state = isMinimized() ? kMAMinimised : isMaximized() ? kMAMaximised : kMANormal;
-    m_workbench.accounts().mainWindowChanged(state, geometry());
+    m_workbench.accounts().mainWindowChanged(state, rect);
 }
 
 void WorkbenchWindow::refresh()
@@ -230,13 +243,17 @@ void WorkbenchWindow::refresh()
     m_presence->setEnabled(accounts.hasJoined());
     m_merge->setText(
         QLatin1String(selected.mergeWindow() ? "&Separate windows" : "&Merge windows"));
-    refreshList();
+    m_merge->setEnabled(accounts.hasJoined());
+    refreshList(selected);
 }
 
-void WorkbenchWindow::refreshList()
+void WorkbenchWindow::refreshList(const MASelectedAccount& selected)
 {
     const Accounts& accounts = m_workbench.accounts();
-    const MASelectedAccount selected = accounts.selected();
+    // The keyboard is where the front is, or stays where the user has taken it from there.
+    const QListWidgetItem* const before = m_accounts->currentItem();
+    const bool stays = before && !before->data(AccountDelegate::FrontRole).toBool();
+    const QString current = stays ? before->text() : QString();
     m_accounts->clear();
     for (const MAAccountInfo& account : accounts.list()) {
         // Behind a window of its own an account is the only one, whatever was heard last.
@@ -252,7 +269,7 @@ void WorkbenchWindow::refreshList()
         item->setData(AccountDelegate::UnreadRole, account.unread);
         item->setData(AccountDelegate::MarkRole, account.unreadMark);
         item->setData(AccountDelegate::FrontRole, isFront);
-        if (isFront)
+        if (item->text() == current || (isFront && !m_accounts->currentItem()))
             m_accounts->setCurrentItem(item);
     }
     const int count = m_accounts->count();

@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+class MASelectedAccount;
 class QComboBox;
 class QLabel;
 class QListWidget;
@@ -31,9 +32,9 @@ private:
 
     /// Brings the window on the screen as it is wanted, or takes it from there.
     void apply();
-    void report();
+    void report(const QRect& rect);
     void refresh();
-    void refreshList();
+    void refreshList(const MASelectedAccount& selected);
     void switchTo(QListWidgetItem* item);
 
     Workbench& m_workbench;
