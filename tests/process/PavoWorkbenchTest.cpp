@@ -233,6 +233,16 @@ TEST(PavoWorkbench, PlaceThatIsNoneIsRefused)
                         "2147483146,-2147483648: ...\n");
 }
 
+TEST(PavoWorkbench, HiddenWindowIsShownWhenItsHostWantsSeparateOnes)
+{
+    expectFine(kBothJoin + "with b\n"
+                           "ChangeSetting [\"{\\\"merge\\\":false}\"]\n"
+                           "expect-workbench account code 1, front cashier, separate\n"
+                           "expect-workbench window shown, state 1, 860x560 at 100,80\n"
+                           "expect-accounts separate, ...: "
+                           "waiter visible login 1, cashier visible login 1\n");
+}
+
 TEST(PavoWorkbench, AccountsAreListedAgainWhenTheHostMergesTheirWindows)
 {
     expectFine(kBothJoin + "workbench merge false\n"

@@ -214,9 +214,9 @@ void Accounts::mainWindowChanged(int state, const QRect& rect)
 void Accounts::takeHostSettings()
 {
     const bool wasApart = std::exchange(m_isApart, !selected().mergeWindow());
-    // Only the others are told when the host merges the windows, and the list from the time apart
-    // is this account alone.
-    if (hasJoined() && wasApart && !m_isApart && m_manager->isSelectedAccount())
+    // Only the others have been told. Merged, the list from the time apart is this account alone;
+    // apart, the window may be hidden for another one.
+    if (hasJoined() && wasApart != m_isApart && m_manager->isSelectedAccount())
         m_manager->popupMainWindow(true);
     Q_EMIT changed();
 }
