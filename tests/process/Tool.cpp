@@ -15,8 +15,8 @@ QStringList installation()
             QStringLiteral("pavo-test-%1").arg(QCoreApplication::applicationPid())};
 }
 
-/// Longer than a tool itself waits for anything.
-constexpr int kToolDeadlineMs = 4 * kDeadlineMs;
+/// Longer than a tool waits for anything, and than a script lasts.
+constexpr int kToolDeadlineMs = 10 * kDeadlineMs;
 
 } // namespace
 
