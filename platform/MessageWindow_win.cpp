@@ -22,10 +22,11 @@ MessageWindow::MessageWindow(const QString& className, const QString& title)
     windowClass.lpszClassName = m_data->className.c_str();
     // Fails when another window of the process has the class already, which serves as well.
     RegisterClassW(&windowClass);
+    // Without a frame and of no size: a display without a window manager would take seconds to show
+    // or hide a window that one has to decorate.
     m_data->handle =
-        CreateWindowExW(0, m_data->className.c_str(), title.toStdWString().c_str(),
-                        WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
-                        CW_USEDEFAULT, nullptr, nullptr, windowClass.hInstance, nullptr);
+        CreateWindowExW(0, m_data->className.c_str(), title.toStdWString().c_str(), WS_POPUP, 0, 0,
+                        0, 0, nullptr, nullptr, windowClass.hInstance, nullptr);
 }
 
 MessageWindow::~MessageWindow()
