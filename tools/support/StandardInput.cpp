@@ -30,16 +30,18 @@ void StandardInput::start()
 
 void StandardInput::run(const std::shared_ptr<Link>& link)
 {
-    QByteArray bytes;
+    char buffer[4096];
+    int count = 0;
     do {
-        bytes.resize(4096);
-        bytes.resize(readStandardInput(bytes.data(), bytes.size()));
+        count = readStandardInput(buffer, sizeof buffer);
+        // Bytes of their own each time: those that were handed over belong to the other thread.
+        const QByteArray bytes(buffer, count);
         const std::lock_guard lock(link->mutex);
         if (!link->input)
             return;
-        if (bytes.isEmpty())
+        if (count == 0)
             Q_EMIT link->input->ended();
         else
             Q_EMIT link->input->received(bytes);
-    } while (!bytes.isEmpty());
+    } while (count > 0);
 }
