@@ -41,6 +41,7 @@ public:
     /// The next line it says; empty when none comes.
     std::string nextLine(int deadlineMs = kDeadlineMs);
     void say(const std::string& line);
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
     void kill();
     /// Its exit code; -1 when it does not end or was killed.
     int waitForExit(int deadlineMs = kDeadlineMs);
