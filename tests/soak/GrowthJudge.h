@@ -18,7 +18,7 @@ public:
     };
     static constexpr std::array<Quantity, 6> kQuantities{{
         {"resident KiB", 4096},
-        {"heap KiB", 512},
+        {"heap KiB", 256},
         // A leak comes with what is done hundreds of times; the host's numbers also go with those
         // of the workbenches alive.
         {"handles", 16},
