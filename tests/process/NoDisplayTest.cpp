@@ -41,8 +41,8 @@ TEST_F(NoDisplayTest, AccountsAreSharedAndMissingWindowsAreReported)
     EXPECT_FALSE(manager.checkWindowVisible());
     log.clear();
     EXPECT_TRUE(manager.switchLoginState(5));
-    const std::vector<std::string> complaints{"ERROR not find window, " + title};
-    EXPECT_EQ(log.complaints(), window.handle() ? std::vector<std::string>() : complaints);
+    const std::vector<std::string> missing{"ERROR not find window, " + title};
+    EXPECT_EQ(complaints(), window.handle() ? std::vector<std::string>() : missing);
     EXPECT_EQ(neighbour.quitCurrentAccount(), 1);
     EXPECT_EQ(manager.quitCurrentAccount(), 1);
 }

@@ -64,5 +64,5 @@ TEST_F(ProductsTest, MessageThatReachesAWindowOfTheOtherProductIsIgnored)
     a.manager.switchLoginState(5);
     EXPECT_EQ(received(), "a:; b:; c:");
     EXPECT_EQ(c.calls, Calls{});
-    EXPECT_TRUE(log.complaints().empty()) << "it has been posted";
+    EXPECT_TRUE(complaints().empty()) << "it has been posted";
 }

@@ -138,6 +138,7 @@ TEST(SegmentGateCrashTest, CreatorMayBeKilledAnywhere)
     }
 }
 
+#ifndef _WIN32 // where it may lose it
 TEST(SegmentGateCrashTest, PlainUserInsideKeepsItsLockWhenSomebodyInTheGateIsKilled)
 {
     const UniqueKey key;
@@ -151,13 +152,14 @@ TEST(SegmentGateCrashTest, PlainUserInsideKeepsItsLockWhenSomebodyInTheGateIsKil
     EXPECT_TRUE(plain.memory().lock());
     victim.kill();
     next.tell("visit 1");
-    // Longer than any lock is held, by a factor.
+    // Many times what the next one needs where nobody has the lock.
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(plain.board().total, 0);
     EXPECT_TRUE(plain.memory().unlock());
     EXPECT_EQ(next.answer(), "ok");
     EXPECT_EQ(lockValue(key), 1);
 }
+#endif
 
 TEST(SegmentGateCrashTest, OneIsInsideAtATimeWhileOthersStartQuitAndCrash)
 {

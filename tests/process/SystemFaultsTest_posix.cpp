@@ -86,9 +86,9 @@ TEST_F(AccountsWithoutDescriptorsTest, ListIsKeptWithoutTheGateAndWindowsAreNotF
         const NoDescriptors none;
         manager.changeLoginState(5);
         EXPECT_EQ(manager.accounts().front().loginState, 5);
-        EXPECT_TRUE(log.complaints().empty());
+        EXPECT_TRUE(complaints().empty());
         manager.post("class", "title", 1, 0);
-        EXPECT_EQ(log.complaints(), std::vector<std::string>{"ERROR not find window, title"});
+        EXPECT_EQ(complaints(), std::vector<std::string>{"ERROR not find window, title"});
     }
     log.clear();
     manager.changeLoginState(6);
@@ -102,7 +102,7 @@ TEST_F(AccountsWithoutDescriptorsTest, NewcomerIsRefusedUntilThereAreSome)
     {
         const NoDescriptors none;
         EXPECT_FALSE(manager.join("pin"));
-        EXPECT_EQ(log.complaints(),
+        EXPECT_EQ(complaints(),
                   (std::vector<std::string>{"ERROR register message failed",
                                             "ERROR pin  create share memory failed"}));
     }

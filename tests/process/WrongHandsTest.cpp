@@ -45,6 +45,7 @@ const Role kWorkbench("workbench", [](const QStringList& arguments) {
     const std::string pin = arguments[1].toStdString();
     const LogRecorder log;
     MAManagerProbe manager;
+    sayToParent("ready");
     std::string command;
     while (!(command = nextLineFromParent()).empty()) {
         QElapsedTimer timer;
@@ -80,6 +81,7 @@ public:
     explicit Workbench(const QString& pin)
         : m_process("workbench", {QCoreApplication::applicationName(), pin})
     {
+        EXPECT_EQ(m_process.nextLine(), "ready");
     }
 
     void tell(const std::string& command) { m_process.say(command); }
