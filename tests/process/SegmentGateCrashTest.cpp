@@ -138,29 +138,6 @@ TEST(SegmentGateCrashTest, CreatorMayBeKilledAnywhere)
     }
 }
 
-#ifndef _WIN32 // where it may lose it
-TEST(SegmentGateCrashTest, PlainUserInsideKeepsItsLockWhenSomebodyInTheGateIsKilled)
-{
-    const UniqueKey key;
-    Member plain(key, 0, false);
-    EXPECT_TRUE(plain.attach());
-    MemberProcess victim(key, kFirstVictim);
-    EXPECT_EQ(victim.ask("attach"), "ok");
-    MemberProcess next(key, 1);
-    EXPECT_EQ(next.ask("attach"), "ok");
-    EXPECT_EQ(victim.ask("stop gate"), "ok");
-    EXPECT_TRUE(plain.memory().lock());
-    victim.kill();
-    next.tell("visit 1");
-    // Many times what the next one needs where nobody has the lock.
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    EXPECT_EQ(plain.board().total, 0);
-    EXPECT_TRUE(plain.memory().unlock());
-    EXPECT_EQ(next.answer(), "ok");
-    EXPECT_EQ(lockValue(key), 1);
-}
-#endif
-
 TEST(SegmentGateCrashTest, OneIsInsideAtATimeWhileOthersStartQuitAndCrash)
 {
     const UniqueKey key;

@@ -12,7 +12,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 // What only kernel objects with a life of their own, and files as gates, make possible.
 
@@ -200,4 +202,25 @@ TEST(SegmentGatePosixTest, ForkedChildIsNotIn)
     ::close(blocked[1]);
     EXPECT_EQ(::waitpid(child, nullptr, 0), child);
     ::close(blocked[0]);
+}
+
+TEST(SegmentGatePosixTest, PlainUserInsideKeepsItsLockWhenSomebodyInTheGateIsKilled)
+{
+    const UniqueKey key;
+    Member plain(key, 0, false);
+    EXPECT_TRUE(plain.attach());
+    MemberProcess victim(key, kFirstVictim);
+    EXPECT_EQ(victim.ask("attach"), "ok");
+    MemberProcess next(key, 1);
+    EXPECT_EQ(next.ask("attach"), "ok");
+    EXPECT_EQ(victim.ask("stop gate"), "ok");
+    EXPECT_TRUE(plain.memory().lock());
+    victim.kill();
+    next.tell("visit 1");
+    // Many times what the next one needs where nobody has the lock.
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_EQ(plain.board().total, 0);
+    EXPECT_TRUE(plain.memory().unlock());
+    EXPECT_EQ(next.answer(), "ok");
+    EXPECT_EQ(lockValue(key), 1);
 }
