@@ -46,6 +46,7 @@ QSharedMemory::SharedMemoryError SegmentGate::attach(int size)
     if (m_memory.isAttached())
         return QSharedMemory::NoError;
     m_passage->prepare(size);
+    const Passage::Wait wait(*m_passage);
     // Somebody without a gate may be about the same. What is there and cannot be attached is not
     // created either: Qt would make its lock anew under those who use it.
     if (m_memory.attach() ||
@@ -60,9 +61,18 @@ QSharedMemory::SharedMemoryError SegmentGate::attach(int size)
 
 void SegmentGate::detach()
 {
-    m_memory.detach();
+    {
+        const Passage::Wait wait(*m_passage);
+        m_memory.detach();
+    }
     letGoOfLock(m_memory);
     m_passage->cleanUp();
+}
+
+bool SegmentGate::lock()
+{
+    const Passage::Wait wait(*m_passage);
+    return m_memory.lock();
 }
 
 SegmentGate::LockState SegmentGate::lookAtLock(const QString& key, int patienceMs)

@@ -44,6 +44,11 @@ public:
     // `memory` is destroyed: the destructor knows of no gate.
     void detach();
 
+    // Takes the segment's lock, to be given back by the unlock() of `memory` within the span. While
+    // a process waits here, or to attach or detach, for somebody without a gate, freeLock() can get
+    // past it.
+    bool lock();
+
     // What a look at a segment's lock finds.
     enum class LockState {
         Absent, // nobody uses the segment
@@ -54,7 +59,8 @@ public:
     };
 
     // Looks at the lock of a segment that may be in trouble, from within the gate if that can be
-    // had. Waits at most `patienceMs` for the gate, and as long for the lock.
+    // had. Waits at most `patienceMs` for who is in the gate to get the lock, as long for the gate,
+    // and as long for the lock.
     static LockState lookAtLock(const QString& key, int patienceMs);
 
     // The same, but gives a lock back that is stuck. To be decided by people: the harm that a

@@ -22,11 +22,32 @@ public:
     // Where the system keeps a lock that nobody uses any more: removes it.
     void cleanUp();
 
+    // Around whatever may wait in the gate for somebody without one to leave the lock: lets
+    // visitLock() know that the one in the gate has not got it.
+    class Wait
+    {
+    public:
+        explicit Wait(Passage& passage)
+            : m_passage(passage)
+        {
+            m_passage.startWait();
+        }
+        ~Wait() { m_passage.endWait(); }
+        Wait(const Wait&) = delete;
+        Wait& operator=(const Wait&) = delete;
+
+    private:
+        Passage& m_passage;
+    };
+
     // See SegmentGate::lookAtLock() and freeLock().
     static LockState visitLock(const QString& segment, int patienceMs, bool isToBeFreed);
 
 private:
     class Hold;
+
+    void startWait();
+    void endWait();
 
     const QString m_segment; // the system's name of the segment
     QString m_problem;

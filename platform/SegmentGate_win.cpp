@@ -10,8 +10,6 @@ namespace {
 
 // How long somebody without a gate may have the lock, at most, while a process dies in the gate.
 constexpr DWORD kLongestHoldMs = 1000;
-// How long a process that is in the gate waits for somebody without one before it lets others in.
-constexpr DWORD kWaitInGateMs = 20;
 
 LPCWSTR wide(const QString& text)
 {
@@ -22,15 +20,23 @@ LPCWSTR wide(const QString& text)
 // system forgets that a holder has died when nobody else has the mutex open, and the lock that the
 // dead one has left taken may live on. Never destroyed, so that static objects may enter a gate in
 // their destructors.
-HANDLE gateMutex(const QString& name)
+HANDLE openMutex(const QString& name)
 {
     static std::mutex mutex;
-    static auto* gates = new std::map<QString, UniqueHandle>;
+    static auto* opened = new std::map<QString, UniqueHandle>;
     const std::lock_guard<std::mutex> lock(mutex);
-    UniqueHandle& gate = (*gates)[name];
-    if (!gate)
-        gate.reset(CreateMutexW(nullptr, FALSE, wide(name)));
-    return gate.get();
+    UniqueHandle& handle = (*opened)[name];
+    if (!handle)
+        handle.reset(CreateMutexW(nullptr, FALSE, wide(name)));
+    return handle.get();
+}
+
+// Taken by the process in the gate while it waits for the lock. The lock cannot be waited for but
+// without an end where the segment is attached to, so it is waited for in the gate; whoever frees it
+// learns by this that the one in the gate has not got it.
+HANDLE waitMutex(const QString& segment)
+{
+    return openMutex(segment + QStringLiteral("_wait"));
 }
 
 UniqueHandle openLock(const QString& segment)
@@ -52,15 +58,12 @@ bool waitUntilFree(HANDLE lock, DWORD milliseconds)
 }
 
 // With nobody of ours in the gate there is exactly one lock to take, unless somebody without a gate
-// has it, which is the one case of false, or the last one in the gate died and has it still.
-bool putLockRight(const QString& segment, bool holderDied)
+// has it, or the last one in the gate died and has it still.
+void putLockRight(const QString& segment, bool holderDied)
 {
     const UniqueHandle lock = openLock(segment);
-    if (!lock || waitUntilFree(lock.get(), holderDied ? kLongestHoldMs : kWaitInGateMs))
-        return true;
-    if (holderDied)
+    if (lock && !waitUntilFree(lock.get(), holderDied ? kLongestHoldMs : 0) && holderDied)
         ReleaseSemaphore(lock.get(), 1, nullptr);
-    return holderDied;
 }
 
 } // namespace
@@ -108,22 +111,16 @@ SegmentGate::Passage::Passage(const QSharedMemory& memory)
         return;
     }
     const QString gate = segmentGateName(m_segment);
-    const HANDLE mutex = gateMutex(gate);
+    const HANDLE mutex = openMutex(gate);
     if (mutex && Hold::isWithin(mutex))
         return;
-    // While somebody without a gate has the lock, nobody stays in the gate: whoever has to free the
-    // lock of one that died must be able to enter, and finds it taken by none of ours.
-    for (bool isFree = false; !isFree;) {
-        m_hold.reset();
-        const DWORD result = mutex ? WaitForSingleObject(mutex, INFINITE) : WAIT_FAILED;
-        if (result == WAIT_FAILED) {
-            m_problem =
-                gate + QStringLiteral(": ") + qt_error_string(static_cast<int>(GetLastError()));
-            return;
-        }
-        m_hold = std::make_unique<Hold>(mutex);
-        isFree = putLockRight(m_segment, result == WAIT_ABANDONED);
+    const DWORD result = mutex ? WaitForSingleObject(mutex, INFINITE) : WAIT_FAILED;
+    if (result == WAIT_FAILED) {
+        m_problem = gate + QStringLiteral(": ") + qt_error_string(static_cast<int>(GetLastError()));
+        return;
     }
+    m_hold = std::make_unique<Hold>(mutex);
+    putLockRight(m_segment, result == WAIT_ABANDONED);
 }
 
 SegmentGate::Passage::~Passage() = default;
@@ -134,6 +131,19 @@ void SegmentGate::Passage::prepare(int /*size*/) {}
 
 void SegmentGate::Passage::cleanUp() {}
 
+void SegmentGate::Passage::startWait()
+{
+    // Without a gate it would be in the way of others that wait.
+    if (m_problem.isEmpty())
+        WaitForSingleObject(waitMutex(m_segment), INFINITE);
+}
+
+void SegmentGate::Passage::endWait()
+{
+    if (m_problem.isEmpty())
+        ReleaseMutex(waitMutex(m_segment));
+}
+
 SegmentGate::LockState SegmentGate::Passage::visitLock(const QString& segment, int patienceMs,
                                                        bool isToBeFreed)
 {
@@ -141,7 +151,16 @@ SegmentGate::LockState SegmentGate::Passage::visitLock(const QString& segment, i
     const UniqueHandle lock = openLock(segment);
     if (!lock)
         return LockState::Absent;
-    const HANDLE mutex = gateMutex(segmentGateName(segment));
+    // Who waits that long is in the gate and has no lock, and nobody else of ours can have it.
+    const HANDLE wait = waitMutex(segment);
+    if (WaitForSingleObject(wait, patience) == WAIT_TIMEOUT) {
+        if (!isToBeFreed)
+            return LockState::Stuck;
+        ReleaseSemaphore(lock.get(), 1, nullptr);
+        return LockState::Freed;
+    }
+    ReleaseMutex(wait);
+    const HANDLE mutex = openMutex(segmentGateName(segment));
     const DWORD result = mutex ? WaitForSingleObject(mutex, patience) : WAIT_FAILED;
     const bool holderDied = result == WAIT_ABANDONED;
     if (result != WAIT_OBJECT_0 && !holderDied)

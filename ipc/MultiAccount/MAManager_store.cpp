@@ -29,7 +29,7 @@ MAMutex::MAMutex(QSharedMemory* memory)
     if (m_memory && m_memory->isAttached()) {
         m_startTick = TimeCorrector::tickCount();
         m_gate.emplace(*m_memory);
-        m_memory->lock();
+        m_gate->lock();
     }
 }
 

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
 #include <thread>
 
 Member::Member(const QString& key, int number, bool hasGate)
@@ -40,10 +39,10 @@ void Member::detach()
 
 bool Member::visit()
 {
-    std::optional<pavo::SegmentGate> gate;
-    if (m_hasGate)
-        gate.emplace(*m_memory);
-    return m_memory->lock() && visitLocked() && m_memory->unlock();
+    if (!m_hasGate)
+        return m_memory->lock() && visitLocked() && m_memory->unlock();
+    pavo::SegmentGate gate(*m_memory);
+    return gate.lock() && visitLocked() && m_memory->unlock();
 }
 
 bool Member::visitLocked()
@@ -145,9 +144,9 @@ Answer roam(Member& member, const QString& /*argument*/)
 
 Answer stop(Member& member, const QString& where)
 {
-    const pavo::SegmentGate gate(member.memory());
+    pavo::SegmentGate gate(member.memory());
     if (where != QStringLiteral("gate"))
-        member.memory().lock();
+        gate.lock();
     if (where == QStringLiteral("lock"))
         member.board().inside = kMostMembers;
     if (where == QStringLiteral("unlocked"))

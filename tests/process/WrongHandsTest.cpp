@@ -61,6 +61,11 @@ const Role kWorkbench("workbench", [](const QStringList& arguments) {
             const MAMutex lock(&manager.memory());
             sayToParent("staying");
             nextLineFromParent();
+        } else if (command == "mark after a stop in the gate") {
+            const pavo::SegmentGate gate(manager.memory());
+            sayToParent("stopped");
+            nextLineFromParent();
+            manager.changeLoginState(manager.own().loginState + 1);
         }
         sayToParent(result + ' ' + std::to_string(timer.elapsed()) + ' ' +
                     std::to_string(log.countBeginning("shared memory lock ")));
@@ -210,6 +215,25 @@ TEST_F(WrongHandsTest, HolderThatIsKilledIsGotOver)
     const ToolResult again = unlock(yes());
     EXPECT_EQ(again.exitCode, 0);
     EXPECT_TRUE(again.output.endsWith(": the lock is free\n")) << again.output.constData();
+    EXPECT_EQ(lockValue(segmentKey()), 1);
+}
+
+// The worst moment: a workbench has passed the gate and is about to take the lock.
+TEST_F(WrongHandsTest, HolderThatIsKilledInFrontOfAWorkbenchInTheGateIsGotOver)
+{
+    m_resident.tell("mark after a stop in the gate");
+    ASSERT_EQ(m_resident.line(kDeadlineMs), "stopped");
+    const auto holder = stranger();
+    m_resident.tell("go on");
+    EXPECT_EQ(m_resident.line(500), "") << "it waits for the lock";
+    holder->kill();
+    if (kLockOutlivesItsHolder) {
+        EXPECT_EQ(m_resident.line(500), "");
+        const ToolResult freed = unlock(yes());
+        EXPECT_EQ(freed.exitCode, 0) << freed.output.constData();
+    }
+    EXPECT_EQ(m_resident.answer().result, "done");
+    EXPECT_EQ(m_resident.ask("mark"), "done");
     EXPECT_EQ(lockValue(segmentKey()), 1);
 }
 

@@ -21,7 +21,7 @@ std::optional<SegmentTexts> readSegmentTexts()
     if (gate.attach(kSize) != QSharedMemory::NoError)
         return {};
     SegmentTexts texts;
-    if (memory.size() >= kSize && memory.lock()) {
+    if (memory.size() >= kSize && gate.lock()) {
         const auto* const bytes = static_cast<const char*>(memory.constData());
         texts.selected.assign(bytes, kSelectedSize);
         texts.accounts.assign(bytes + kSelectedSize, kAccountsSize);

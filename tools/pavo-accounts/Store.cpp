@@ -24,7 +24,7 @@ public:
                             .arg(static_cast<int>(error))
                             .arg(m_gate.problem())
                             .trimmed();
-        else if (!m_memory.lock())
+        else if (!m_gate.lock())
             m_problem = m_memory.errorString();
     }
     ~Visit()
