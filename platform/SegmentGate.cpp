@@ -15,6 +15,12 @@ void letGoOfLock(QSharedMemory& memory)
 
 } // namespace
 
+QString systemProblem(const QString& name)
+{
+    const QString reason = qt_error_string();
+    return name + QStringLiteral(": ") + reason;
+}
+
 QString segmentGateName(const QString& segment)
 {
     return segment + QStringLiteral("_gate");
@@ -75,12 +81,12 @@ bool SegmentGate::lock()
     return m_memory.lock();
 }
 
-SegmentGate::LockState SegmentGate::lookAtLock(const QString& key, int patienceMs)
+SegmentGate::LockFinding SegmentGate::lookAtLock(const QString& key, int patienceMs)
 {
     return Passage::visitLock(QSharedMemory(key).nativeKey(), patienceMs, false);
 }
 
-SegmentGate::LockState SegmentGate::freeLock(const QString& key, int patienceMs)
+SegmentGate::LockFinding SegmentGate::freeLock(const QString& key, int patienceMs)
 {
     return Passage::visitLock(QSharedMemory(key).nativeKey(), patienceMs, true);
 }

@@ -53,19 +53,26 @@ public:
     enum class LockState {
         Absent, // nobody uses the segment
         Free,
-        Held,  // a process that lives has the lock or the gate, or the gate cannot be entered
-        Stuck, // somebody without a gate has taken it, and may have died since
+        Held,  // a process that lives has the lock or, in the gate, keeps the others from it
+        Stuck, // taken, and not by a living process that uses the gate
+        Left,  // the same, and a process died in the gate: the next one in gives the lock back
         Freed,
+        Unusable, // for the reason given, lock or gate cannot be looked at
+    };
+    struct LockFinding
+    {
+        LockState state;
+        QString problem; // for Unusable
     };
 
     // Looks at the lock of a segment that may be in trouble, from within the gate if that can be
-    // had. Waits at most `patienceMs` for who is in the gate to get the lock, as long for the gate,
-    // and as long for the lock.
-    static LockState lookAtLock(const QString& key, int patienceMs);
+    // had. Frees nothing. Waits at most `patienceMs` for who is in the gate to get the lock, as
+    // long for the gate, and as long for the lock.
+    static LockFinding lookAtLock(const QString& key, int patienceMs);
 
-    // The same, but gives a lock back that is stuck. To be decided by people: the harm that a
-    // holder suffers which was slow and not dead is that another one may be inside with it.
-    static LockState freeLock(const QString& key, int patienceMs);
+    // The same, but gives a lock back that is stuck or left. To be decided by people: the harm that
+    // a holder suffers which was slow and not dead is that another one may be inside with it.
+    static LockFinding freeLock(const QString& key, int patienceMs);
 
 private:
     class Passage;

@@ -41,7 +41,7 @@ public:
     };
 
     // See SegmentGate::lookAtLock() and freeLock().
-    static LockState visitLock(const QString& segment, int patienceMs, bool isToBeFreed);
+    static LockFinding visitLock(const QString& segment, int patienceMs, bool isToBeFreed);
 
 private:
     class Hold;
@@ -53,6 +53,9 @@ private:
     QString m_problem;
     std::unique_ptr<Hold> m_hold;
 };
+
+// What the system says about the call that has just failed for `name`.
+QString systemProblem(const QString& name);
 
 // The system's names of what belongs to the segment of that name.
 QString segmentGateName(const QString& segment);

@@ -77,7 +77,7 @@ public:
     {
     }
 
-    // The one that there is, if there is one.
+    // The one that there is; without one, the reason is in errno.
     static std::optional<Lock> existing(const QString& segment)
     {
         const key_t key = keyOf(segmentLockName(segment));
@@ -231,7 +231,7 @@ SegmentGate::Passage::Passage(const QSharedMemory& memory)
     while (file && (result = ::flock(file.get(), LOCK_EX)) != 0 && errno == EINTR) {
     }
     if (result != 0) {
-        m_problem = gate + QStringLiteral(": ") + qt_error_string(errno);
+        m_problem = systemProblem(gate);
         return;
     }
     m_hold = std::make_unique<Hold>(gate, std::move(file));
@@ -275,28 +275,37 @@ void SegmentGate::Passage::startWait() {}
 
 void SegmentGate::Passage::endWait() {}
 
-// Nothing is ever stuck: gate and lock come back from the dead by themselves.
-SegmentGate::LockState SegmentGate::Passage::visitLock(const QString& segment, int patienceMs,
-                                                       bool /*isToBeFreed*/)
+// Nothing is ever stuck or left: gate and lock come back from the dead by themselves.
+SegmentGate::LockFinding SegmentGate::Passage::visitLock(const QString& segment, int patienceMs,
+                                                         bool /*isToBeFreed*/)
 {
+    const QString lockName = segmentLockName(segment);
     // Where nobody is, no gate is made to look for somebody.
-    if (!Lock::existing(segment))
-        return LockState::Absent;
-    const UniqueFd gate = openGate(QFile::encodeName(segmentGateName(segment)));
+    if (!Lock::existing(segment)) {
+        if (errno == ENOENT)
+            return {LockState::Absent, {}};
+        return {LockState::Unusable, systemProblem(lockName)};
+    }
+    const QString name = segmentGateName(segment);
+    const UniqueFd gate = openGate(QFile::encodeName(name));
+    if (!gate)
+        return {LockState::Unusable, systemProblem(name)};
     const QDeadlineTimer deadline(patienceMs);
     while (::flock(gate.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            return {LockState::Unusable, systemProblem(name)};
         if (deadline.hasExpired())
-            return LockState::Held;
+            return {LockState::Held, {}};
         QThread::msleep(kLookAgainMs);
     }
     const auto lock = Lock::existing(segment);
     if (!lock)
-        return LockState::Absent;
+        return {LockState::Absent, {}};
     lock->putRight();
     if (!lock->take(patienceMs / 1000))
-        return LockState::Held;
+        return {LockState::Held, {}};
     lock->give();
-    return LockState::Free;
+    return {LockState::Free, {}};
 }
 
 } // namespace pavo

@@ -4,12 +4,15 @@
 
 #include <map>
 #include <mutex>
+#include <thread>
 
 namespace pavo {
 namespace {
 
 // How long somebody without a gate may have the lock, at most, while a process dies in the gate.
 constexpr DWORD kLongestHoldMs = 1000;
+
+using LockState = SegmentGate::LockState;
 
 LPCWSTR wide(const QString& text)
 {
@@ -31,18 +34,17 @@ HANDLE openMutex(const QString& name)
     return handle.get();
 }
 
-// Taken by the process in the gate while it waits for the lock. The lock cannot be waited for but
-// without an end where the segment is attached to, so it is waited for in the gate; whoever frees it
-// learns by this that the one in the gate has not got it.
-HANDLE waitMutex(const QString& segment)
+// The mutex that the process in the gate has while it waits for the lock. A lock that is taken to
+// attach is waited for without an end, and in the gate: whoever frees it learns by this that the
+// one in the gate has not got it.
+QString waitName(const QString& segment)
 {
-    return openMutex(segment + QStringLiteral("_wait"));
+    return segment + QStringLiteral("_wait");
 }
 
-UniqueHandle openLock(const QString& segment)
+UniqueHandle openLock(const QString& name)
 {
-    return UniqueHandle(OpenSemaphoreW(SYNCHRONIZE | SEMAPHORE_MODIFY_STATE, FALSE,
-                                       wide(segmentLockName(segment))));
+    return UniqueHandle(OpenSemaphoreW(SYNCHRONIZE | SEMAPHORE_MODIFY_STATE, FALSE, wide(name)));
 }
 
 // Whether the lock is to be had within this time; then there is exactly one to take.
@@ -61,9 +63,34 @@ bool waitUntilFree(HANDLE lock, DWORD milliseconds)
 // has it, or the last one in the gate died and has it still.
 void putLockRight(const QString& segment, bool holderDied)
 {
-    const UniqueHandle lock = openLock(segment);
+    const UniqueHandle lock = openLock(segmentLockName(segment));
     if (lock && !waitUntilFree(lock.get(), holderDied ? kLongestHoldMs : 0) && holderDied)
         ReleaseSemaphore(lock.get(), 1, nullptr);
+}
+
+// What visitLock() finds and does, on a thread of its own.
+LockState visit(HANDLE gate, HANDLE wait, HANDLE lock, DWORD patience, bool isToBeFreed)
+{
+    const auto freedOr = [&](LockState state) {
+        if (!isToBeFreed)
+            return state;
+        ReleaseSemaphore(lock, 1, nullptr);
+        return LockState::Freed;
+    };
+    // Who waits that long is in the gate and has no lock, and nobody else of ours can have it.
+    if (WaitForSingleObject(wait, patience) == WAIT_TIMEOUT)
+        return freedOr(LockState::Stuck);
+    ReleaseMutex(wait);
+    const DWORD result = WaitForSingleObject(gate, patience);
+    if (result == WAIT_TIMEOUT)
+        return LockState::Held;
+    const LockState taken = result == WAIT_ABANDONED ? LockState::Left : LockState::Stuck;
+    const LockState state = waitUntilFree(lock, patience) ? LockState::Free : freedOr(taken);
+    // The system says but once that somebody died in the gate. Where nothing was done about it, the
+    // thread ends without leaving the gate, and the system says it to the next one, too.
+    if (state != LockState::Left)
+        ReleaseMutex(gate);
+    return state;
 }
 
 } // namespace
@@ -116,7 +143,7 @@ SegmentGate::Passage::Passage(const QSharedMemory& memory)
         return;
     const DWORD result = mutex ? WaitForSingleObject(mutex, INFINITE) : WAIT_FAILED;
     if (result == WAIT_FAILED) {
-        m_problem = gate + QStringLiteral(": ") + qt_error_string(static_cast<int>(GetLastError()));
+        m_problem = systemProblem(gate);
         return;
     }
     m_hold = std::make_unique<Hold>(mutex);
@@ -135,44 +162,37 @@ void SegmentGate::Passage::startWait()
 {
     // Without a gate it would be in the way of others that wait.
     if (m_problem.isEmpty())
-        WaitForSingleObject(waitMutex(m_segment), INFINITE);
+        WaitForSingleObject(openMutex(waitName(m_segment)), INFINITE);
 }
 
 void SegmentGate::Passage::endWait()
 {
     if (m_problem.isEmpty())
-        ReleaseMutex(waitMutex(m_segment));
+        ReleaseMutex(openMutex(waitName(m_segment)));
 }
 
-SegmentGate::LockState SegmentGate::Passage::visitLock(const QString& segment, int patienceMs,
-                                                       bool isToBeFreed)
+SegmentGate::LockFinding SegmentGate::Passage::visitLock(const QString& segment, int patienceMs,
+                                                         bool isToBeFreed)
 {
-    const auto patience = static_cast<DWORD>(patienceMs);
-    const UniqueHandle lock = openLock(segment);
+    const QString lockName = segmentLockName(segment);
+    const UniqueHandle lock = openLock(lockName);
+    if (!lock && GetLastError() == ERROR_FILE_NOT_FOUND)
+        return {LockState::Absent, {}};
     if (!lock)
-        return LockState::Absent;
-    // Who waits that long is in the gate and has no lock, and nobody else of ours can have it.
-    const HANDLE wait = waitMutex(segment);
-    if (WaitForSingleObject(wait, patience) == WAIT_TIMEOUT) {
-        if (!isToBeFreed)
-            return LockState::Stuck;
-        ReleaseSemaphore(lock.get(), 1, nullptr);
-        return LockState::Freed;
-    }
-    ReleaseMutex(wait);
-    const HANDLE mutex = openMutex(segmentGateName(segment));
-    const DWORD result = mutex ? WaitForSingleObject(mutex, patience) : WAIT_FAILED;
-    const bool holderDied = result == WAIT_ABANDONED;
-    if (result != WAIT_OBJECT_0 && !holderDied)
-        return LockState::Held;
-    const Hold hold(mutex);
-    if (waitUntilFree(lock.get(), patience))
-        return LockState::Free;
-    // The system says but once that a holder died.
-    if (!isToBeFreed && !holderDied)
-        return LockState::Stuck;
-    ReleaseSemaphore(lock.get(), 1, nullptr);
-    return LockState::Freed;
+        return {LockState::Unusable, systemProblem(lockName)};
+    const QString gateName = segmentGateName(segment);
+    const HANDLE gate = openMutex(gateName);
+    if (!gate)
+        return {LockState::Unusable, systemProblem(gateName)};
+    const QString markName = waitName(segment);
+    const HANDLE wait = openMutex(markName);
+    if (!wait)
+        return {LockState::Unusable, systemProblem(markName)};
+    LockState state = LockState::Unusable;
+    std::thread([&] {
+        state = visit(gate, wait, lock.get(), static_cast<DWORD>(patienceMs), isToBeFreed);
+    }).join();
+    return {state, {}};
 }
 
 } // namespace pavo

@@ -17,3 +17,10 @@ int lockValue(const QString& key)
         ReleaseSemaphore(lock.get(), value, nullptr);
     return value;
 }
+
+std::shared_ptr<void> blockLock(const QString& key)
+{
+    const QString name = pavo::segmentLockName(QSharedMemory(key).nativeKey());
+    return std::make_shared<pavo::UniqueHandle>(
+        CreateEventW(nullptr, FALSE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
+}

@@ -37,6 +37,10 @@ public:
 /// How often the lock of `key` could be taken right now; -1 when there is no lock.
 int lockValue(const QString& key);
 
+/// Puts something else where the lock of `key` would be, which must not be there, as long as what
+/// it returns lives.
+std::shared_ptr<void> blockLock(const QString& key);
+
 /// One member, in whatever process.
 class Member
 {

@@ -1,6 +1,8 @@
-#include "platform/SegmentGate.h"
+#include "platform/SegmentGatePassage.h"
 #include "tests/process/SegmentGateMember.h"
 #include "tests/support/Stress.h"
+
+#include <QSystemSemaphore>
 
 #include <gtest/gtest.h>
 
@@ -102,6 +104,36 @@ TEST(SegmentGateTest, FailureToAttachLeavesNothingBehind)
     EXPECT_EQ(lockValue(key), -1);
     const Observer observer(key);
     failing.reset();
+    EXPECT_EQ(lockValue(key), 1);
+}
+
+TEST(SegmentGateTest, LockThatCannotBeLookedAtIsNotTakenForAnAbsentOne)
+{
+    const UniqueKey key;
+    {
+        const auto obstacle = blockLock(key);
+        const auto finding = pavo::SegmentGate::lookAtLock(key, 0);
+        EXPECT_EQ(finding.state, pavo::SegmentGate::LockState::Unusable);
+        const QString lock = pavo::segmentLockName(QSharedMemory(key).nativeKey());
+        EXPECT_TRUE(finding.problem.contains(lock)) << finding.problem.toStdString();
+    }
+    EXPECT_EQ(pavo::SegmentGate::lookAtLock(key, 0).state, pavo::SegmentGate::LockState::Absent);
+}
+
+TEST(SegmentGateTest, LockThatCouldBeTakenTwiceIsMendedOnceNoPlainUserHasIt)
+{
+    const UniqueKey key;
+    Member plain(key, 0, false);
+    EXPECT_TRUE(plain.attach());
+    MemberProcess member(key, 1);
+    EXPECT_EQ(member.ask("attach"), "ok");
+    EXPECT_TRUE(plain.memory().lock());
+    EXPECT_TRUE(QSystemSemaphore(key, 1).release(2));
+    EXPECT_EQ(member.ask("visit 1"), "ok");
+    EXPECT_EQ(lockValue(key), 1) << "and the one that the plain user has";
+    EXPECT_TRUE(plain.memory().unlock());
+    EXPECT_EQ(lockValue(key), 2);
+    EXPECT_EQ(member.ask("visit 1"), "ok");
     EXPECT_EQ(lockValue(key), 1);
 }
 

@@ -19,6 +19,9 @@ TEST(SegmentGateWindowsTest, NameThatIsTakenLeavesAPlainSegment)
     EXPECT_EQ(gate.attach(kSegmentSize), QSharedMemory::NoError);
     EXPECT_TRUE(memory.lock());
     EXPECT_TRUE(memory.unlock());
+    const auto finding = pavo::SegmentGate::lookAtLock(key, 0);
+    EXPECT_EQ(finding.state, pavo::SegmentGate::LockState::Unusable);
+    EXPECT_TRUE(finding.problem.contains(name));
     gate.detach();
     EXPECT_FALSE(memory.isAttached());
 }

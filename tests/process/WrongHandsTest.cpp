@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QProcess>
 
+#include <cstdio>
 #include <sstream>
 
 namespace {
@@ -35,6 +36,14 @@ const Role kStranger("stranger", [](const QStringList& arguments) {
     nextLineFromParent();
     memory.unlock();
     sayToParent("unlocked");
+    nextLineFromParent();
+    return 0;
+});
+
+/// Has the segment and the lock open, and does nothing with them.
+const Role kBystander("bystander", [](const QStringList& arguments) {
+    QSharedMemory memory(arguments[0]);
+    sayToParent(memory.attach() ? "attached" : "failed");
     nextLineFromParent();
     return 0;
 });
@@ -105,19 +114,33 @@ public:
         return answer().result;
     }
     void kill() { m_process.kill(); }
+    void killInTheLock()
+    {
+        tell("stay");
+        EXPECT_EQ(line(kDeadlineMs), "staying");
+        kill();
+    }
+    /// Ends it as it would end by itself; its exit code.
+    int end()
+    {
+        tell("");
+        return m_process.waitForExit();
+    }
 
 private:
     RoleProcess m_process;
 };
 
+QStringList forAccounts(const QStringList& arguments)
+{
+    return QStringList{QStringLiteral("--application"), QCoreApplication::applicationName()} +
+           arguments;
+}
+
 ToolResult unlock(const QStringList& more = {}, const QByteArray& input = {})
 {
-    ToolResult result =
-        runTool(QStringLiteral("pavo-accounts"),
-                QStringList{QStringLiteral("--application"), QCoreApplication::applicationName(),
-                            QStringLiteral("unlock")} +
-                    more,
-                input);
+    ToolResult result = runTool(QStringLiteral("pavo-accounts"),
+                                forAccounts(QStringList{QStringLiteral("unlock")} + more), input);
     result.output.replace("\r\n", "\n");
     return result;
 }
@@ -144,54 +167,177 @@ protected:
         return process;
     }
 
+    /// A workbench that has died with the lock while others live.
+    static void leaveTheLockTaken()
+    {
+        Workbench victim(QStringLiteral("victim"));
+        ASSERT_EQ(victim.ask("join"), "joined");
+        victim.killInTheLock();
+    }
+
     Workbench m_resident{QStringLiteral("resident")};
+};
+
+/// What waits for the lock at the same time: a workbench at work, one that starts, one that quits,
+/// and the tool as it looks and as it removes the account of one that has crashed.
+class EverybodyWaitsTest : public WrongHandsTest
+{
+protected:
+    void SetUp() override
+    {
+        WrongHandsTest::SetUp();
+        ASSERT_EQ(m_leaver.ask("join"), "joined");
+        Workbench crashed(QStringLiteral("crashed"));
+        ASSERT_EQ(crashed.ask("join"), "joined");
+        crashed.kill();
+    }
+
+    void begin()
+    {
+        m_resident.tell("mark");
+        m_newcomer.tell("join");
+        m_leaver.tell("quit");
+        const QString tool = siblingExecutable(QStringLiteral("pavo-accounts"));
+        m_look.start(tool, forAccounts({}));
+        m_removal.start(tool, forAccounts({QStringLiteral("remove"), QStringLiteral("app"),
+                                           QStringLiteral("crashed")}));
+        ASSERT_TRUE(m_look.waitForStarted(kDeadlineMs));
+        ASSERT_TRUE(m_removal.waitForStarted(kDeadlineMs));
+    }
+
+    void expectThatAllWait(int milliseconds)
+    {
+        EXPECT_EQ(m_resident.line(milliseconds), "");
+        EXPECT_EQ(m_newcomer.line(0), "");
+        EXPECT_EQ(m_leaver.line(0), "");
+        EXPECT_EQ(m_look.state(), QProcess::Running);
+        EXPECT_EQ(m_removal.state(), QProcess::Running);
+    }
+
+    /// Of the processes the ones that have waited for `waited` milliseconds, from now on.
+    void expectThatAllGoOn(int waited)
+    {
+        QElapsedTimer free;
+        free.start();
+        const auto report = [&](const char* who) {
+            const int delay = static_cast<int>(free.elapsed());
+            RecordProperty(who, delay);
+            std::printf("%s has gone on within %d ms\n", who, delay);
+            EXPECT_LT(delay, kRecoveryMs) << who;
+        };
+        struct
+        {
+            const char* who;
+            Workbench& workbench;
+            const char* result;
+        } const workbenches[] = {{"worker", m_resident, "done"},
+                                 {"newcomer", m_newcomer, "joined"},
+                                 {"quitter", m_leaver, "1"}};
+        for (const auto& each : workbenches) {
+            const Answer answer = each.workbench.answer();
+            report(each.who);
+            EXPECT_EQ(answer.result, each.result) << each.who;
+            // Told a little after the clock was started.
+            EXPECT_GT(answer.milliseconds, waited - 2000) << each.who;
+        }
+        struct
+        {
+            const char* who;
+            QProcess& tool;
+        } const tools[] = {{"look", m_look}, {"removal", m_removal}};
+        for (const auto& each : tools) {
+            EXPECT_TRUE(each.tool.waitForFinished(kDeadlineMs)) << each.who;
+            report(each.who);
+            EXPECT_EQ(each.tool.exitStatus(), QProcess::NormalExit) << each.who;
+            EXPECT_EQ(each.tool.exitCode(), 0) << each.tool.readAllStandardError().constData();
+        }
+        EXPECT_TRUE(m_look.readAll().contains(" accounts, "));
+    }
+
+    void expectThatAllIsWell()
+    {
+        EXPECT_EQ(lockValue(segmentKey()), 1);
+        m_resident.tell("mark");
+        EXPECT_GE(m_resident.answer().slowLocks, 1) << "the wait stands in the log";
+        std::list<MAAccountInfo> list;
+        {
+            const MAMutex lock(view());
+            const std::string text = bytes(kMAListRegion.offset, kMAListRegion.size);
+            EXPECT_TRUE(MAAccountInfo::parseJSON(text.data(), kMAListRegion.size, list));
+        }
+        ASSERT_EQ(list.size(), 2U) << order(list);
+        EXPECT_EQ(list.front().pin, "resident");
+        EXPECT_EQ(list.front().loginState, 2) << "marked twice";
+        EXPECT_EQ(list.back().pin, "newcomer");
+        for (Workbench* each : {&m_resident, &m_newcomer, &m_leaver})
+            EXPECT_EQ(each->end(), 0);
+    }
+
+private:
+    Workbench m_newcomer{QStringLiteral("newcomer")};
+    Workbench m_leaver{QStringLiteral("leaver")};
+    QProcess m_look;
+    QProcess m_removal;
+};
+
+/// Without the view of the segment, which would tell of the death of whoever was in the gate.
+class LoneWorkbenchTest : public AccountsFixture
+{
 };
 
 } // namespace
 
-TEST_F(WrongHandsTest, EverybodyWaitsForASlowHolderAndGoesOn)
+TEST_F(EverybodyWaitsTest, ForASlowHolderAndGoesOn)
 {
-    Workbench newcomer(QStringLiteral("newcomer"));
-    Workbench leaver(QStringLiteral("leaver"));
-    ASSERT_EQ(leaver.ask("join"), "joined");
     const auto holder = stranger();
     QElapsedTimer held;
     held.start();
-    m_resident.tell("mark");
-    newcomer.tell("join");
-    leaver.tell("quit");
-    QProcess look;
-    look.start(siblingExecutable(QStringLiteral("pavo-accounts")),
-               {QStringLiteral("--application"), QCoreApplication::applicationName()});
-    ASSERT_TRUE(look.waitForStarted(kDeadlineMs));
-
+    begin();
     const ToolResult refused = unlock({}, "n\n");
     EXPECT_EQ(refused.exitCode, 1) << "support looks, and leaves it to the living";
     EXPECT_TRUE(refused.output.contains("Waited for it in vain for 3 seconds.\n"))
         << refused.output.constData();
     EXPECT_EQ(refused.output.contains("Free it? [y/N]"), kLockOutlivesItsHolder);
-
-    EXPECT_EQ(m_resident.line(kHoldMs - static_cast<int>(held.elapsed())), "");
-    EXPECT_EQ(newcomer.line(0), "");
-    EXPECT_EQ(leaver.line(0), "");
-    EXPECT_EQ(look.state(), QProcess::Running);
+    expectThatAllWait(kHoldMs - static_cast<int>(held.elapsed()));
     const auto waited = static_cast<int>(held.elapsed());
     holder->say("unlock");
-    for (Workbench* each : {&m_resident, &newcomer, &leaver}) {
-        const Answer answer = each->answer();
-        const bool isFine =
-            answer.result == "done" || answer.result == "joined" || answer.result == "1";
-        EXPECT_TRUE(isFine) << answer.result;
-        // Told a little after the clock was started.
-        EXPECT_GT(answer.milliseconds, waited - 2000);
-        EXPECT_LT(answer.milliseconds, waited + kRecoveryMs);
+    expectThatAllGoOn(waited);
+    expectThatAllIsWell();
+}
+
+TEST_F(EverybodyWaitsTest, ForAHolderThatIsKilledAndIsGotOver)
+{
+    const auto holder = stranger();
+    begin();
+    expectThatAllWait(500);
+    holder->kill();
+    if (kLockOutlivesItsHolder) {
+        expectThatAllWait(500);
+        const ToolResult freed = unlock(yes());
+        EXPECT_EQ(freed.exitCode, 0) << freed.output.constData();
     }
-    EXPECT_TRUE(look.waitForFinished(kDeadlineMs));
-    EXPECT_EQ(look.exitCode(), 0);
-    EXPECT_TRUE(look.readAll().contains(" accounts, "));
+    expectThatAllGoOn(0);
+    expectThatAllIsWell();
+}
+
+TEST_F(LoneWorkbenchTest, LockThatItLeavesToABystanderIsFreedWithAYes)
+{
+    Workbench lone(QStringLiteral("lone"));
+    ASSERT_EQ(lone.ask("join"), "joined");
+    RoleProcess bystander("bystander", {segmentKey()});
+    ASSERT_EQ(bystander.nextLine(), "attached");
+    lone.killInTheLock();
+    Workbench newcomer(QStringLiteral("newcomer"));
+    newcomer.tell("join");
+    if (kLockOutlivesItsHolder) {
+        EXPECT_EQ(newcomer.line(500), "") << "nobody is left who could know of the death";
+        const ToolResult freed = unlock(yes());
+        EXPECT_EQ(freed.exitCode, 0);
+        EXPECT_TRUE(freed.output.contains("the lock is taken, and by no workbench that lives"))
+            << freed.output.constData();
+    }
+    EXPECT_EQ(newcomer.answer().result, "joined");
     EXPECT_EQ(lockValue(segmentKey()), 1);
-    m_resident.tell("mark");
-    EXPECT_GE(m_resident.answer().slowLocks, 1) << "the wait stands in the log";
 }
 
 TEST_F(WrongHandsTest, HolderThatIsKilledIsGotOver)
@@ -202,9 +348,10 @@ TEST_F(WrongHandsTest, HolderThatIsKilledIsGotOver)
         EXPECT_EQ(m_resident.line(500), "") << "nobody can know that the holder is dead";
         const ToolResult freed = unlock(yes());
         EXPECT_EQ(freed.exitCode, 0);
-        EXPECT_TRUE(freed.output.contains("the lock is taken, and by no workbench"))
+        EXPECT_TRUE(freed.output.contains("the lock is taken, and by no workbench that lives"))
             << freed.output.constData();
-        EXPECT_TRUE(freed.output.contains("and has been freed\n")) << freed.output.constData();
+        EXPECT_TRUE(freed.output.endsWith(": the lock has been freed\n"))
+            << freed.output.constData();
     }
     const Answer answer = m_resident.answer();
     EXPECT_EQ(answer.result, "done");
@@ -263,18 +410,28 @@ TEST_F(WrongHandsTest, LockOfALivingWorkbenchIsNeverFreed)
     EXPECT_EQ(lockValue(segmentKey()), 1);
 }
 
-TEST_F(WrongHandsTest, WorkbenchThatIsKilledInTheLockLeavesItToWhoeverLooks)
+TEST_F(WrongHandsTest, WorkbenchThatIsKilledInTheLockLeavesItToTheNextOne)
 {
-    Workbench victim(QStringLiteral("victim"));
-    ASSERT_EQ(victim.ask("join"), "joined");
-    victim.tell("stay");
-    ASSERT_EQ(victim.line(kDeadlineMs), "staying");
-    victim.kill();
-    EXPECT_EQ(unlock().exitCode, 0) << "that it died is known: there is nothing to ask";
+    leaveTheLockTaken();
+    const ToolResult looked = unlock();
+    EXPECT_EQ(looked.exitCode, kLockOutlivesItsHolder ? 1 : 0) << looked.output.constData();
+    EXPECT_EQ(looked.output.contains("a workbench was killed with the lock"),
+              kLockOutlivesItsHolder);
+    EXPECT_EQ(lockValue(segmentKey()), kLockOutlivesItsHolder ? 0 : 1);
+    EXPECT_EQ(m_resident.ask("mark"), "done") << "also after somebody has looked";
+    EXPECT_EQ(lockValue(segmentKey()), 1);
+}
+
+TEST_F(WrongHandsTest, LockOfAWorkbenchThatWasKilledIsFreedWithAYes)
+{
+    leaveTheLockTaken();
+    const ToolResult freed = unlock(yes());
+    EXPECT_EQ(freed.exitCode, 0) << freed.output.constData();
+    EXPECT_EQ(freed.output.endsWith(": the lock has been freed\n"), kLockOutlivesItsHolder)
+        << freed.output.constData();
     EXPECT_EQ(lockValue(segmentKey()), 1);
     EXPECT_EQ(m_resident.ask("mark"), "done");
 }
-
 TEST_F(WrongHandsTest, FreeLockIsLeftAlone)
 {
     const ToolResult free = unlock(yes());
@@ -288,4 +445,15 @@ TEST_F(WrongHandsTest, FreeLockIsLeftAlone)
     EXPECT_EQ(absent.exitCode, 0);
     EXPECT_TRUE(absent.output.contains("nobody uses the segment")) << absent.output.constData();
     EXPECT_EQ(lockValue(segmentKey()), -1);
+}
+
+TEST_F(WrongHandsTest, LockThatCannotBeLookedAtIsReported)
+{
+    EXPECT_EQ(m_resident.ask("quit"), "1");
+    leave();
+    const auto obstacle = blockLock(segmentKey());
+    const ToolResult failed = unlock(yes());
+    EXPECT_EQ(failed.exitCode, 1);
+    EXPECT_TRUE(failed.output.contains("the lock cannot be looked at, "))
+        << failed.output.constData();
 }

@@ -9,10 +9,16 @@
 
 namespace {
 
+using LockFinding = pavo::SegmentGate::LockFinding;
 using LockState = pavo::SegmentGate::LockState;
 
 /// Many times what any process of ours has the lock for.
 constexpr int kPatienceMs = 3000;
+
+bool mayBeFreed(LockState state)
+{
+    return state == LockState::Stuck || state == LockState::Left;
+}
 
 const char* describe(LockState state)
 {
@@ -24,18 +30,31 @@ const char* describe(LockState state)
     case LockState::Held:
         return "a process that lives has the lock or waits for it: when it ends, the lock is free";
     case LockState::Stuck:
-        return "the lock is taken, and by no workbench: by another program that is slow, or was "
-               "killed with it";
+        return "the lock is taken, and by no workbench that lives: by another program that is "
+               "slow, or by one that was killed with it";
+    case LockState::Left:
+        return "a workbench was killed with the lock, or while another program had it: the next "
+               "workbench frees it";
     case LockState::Freed:
-        return "the lock was left by a process that died, and has been freed";
+        return "the lock has been freed";
+    case LockState::Unusable:
+        return "the lock cannot be looked at";
     }
     return "";
 }
 
-void say(const QString& application, LockState state)
+bool isTaken(LockState state)
 {
-    std::printf("%s: %s\n", qUtf8Printable(application), describe(state));
-    if (state == LockState::Held || state == LockState::Stuck)
+    return state == LockState::Held || mayBeFreed(state);
+}
+
+void say(const QString& application, const LockFinding& finding)
+{
+    std::printf("%s: %s", qUtf8Printable(application), describe(finding.state));
+    if (!finding.problem.isEmpty())
+        std::printf(", %s", qUtf8Printable(finding.problem));
+    std::puts("");
+    if (isTaken(finding.state))
         std::printf("Waited for it in vain for %d seconds.\n", kPatienceMs / 1000);
     std::fflush(stdout);
 }
@@ -54,11 +73,11 @@ bool isAgreedTo()
 bool unlock(const QString& application, bool isAgreed)
 {
     const QString key = application + QLatin1String(kMASegmentSuffix);
-    LockState state = pavo::SegmentGate::lookAtLock(key, kPatienceMs);
-    say(application, state);
-    if (state == LockState::Stuck && (isAgreed || isAgreedTo())) {
-        state = pavo::SegmentGate::freeLock(key, kPatienceMs);
-        say(application, state);
+    LockFinding finding = pavo::SegmentGate::lookAtLock(key, kPatienceMs);
+    say(application, finding);
+    if (mayBeFreed(finding.state) && (isAgreed || isAgreedTo())) {
+        finding = pavo::SegmentGate::freeLock(key, kPatienceMs);
+        say(application, finding);
     }
-    return state != LockState::Held && state != LockState::Stuck;
+    return !isTaken(finding.state) && finding.state != LockState::Unusable;
 }
