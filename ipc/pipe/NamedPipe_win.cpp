@@ -114,7 +114,7 @@ bool NamedPipe::initPipe(const QString& name, unsigned long access)
     };
     const auto waitUntilFree = [&] { return WaitNamedPipeA(pipe.constData(), kBusyWaitMs) != 0; };
     DWORD error = ERROR_SUCCESS;
-    while (!blockingCall(error, open)) {
+    while (!blockingCall(Call::Open, error, open)) {
         if (cancelledByClose(error))
             return false;
         if (error != ERROR_PIPE_BUSY) {
@@ -122,7 +122,7 @@ bool NamedPipe::initPipe(const QString& name, unsigned long access)
             Q_EMIT sigExitPipe();
             return false;
         }
-        if (blockingCall(error, waitUntilFree))
+        if (blockingCall(Call::WaitUntilFree, error, waitUntilFree))
             continue;
         if (cancelledByClose(error))
             return false;
@@ -165,7 +165,7 @@ DWORD NamedPipe::readUntilError()
         const auto read = [&] {
             return ReadFile(m_handle.get(), free, wanted, &delivered, nullptr) && delivered > 0;
         };
-        if (!blockingCall(error, read))
+        if (!blockingCall(Call::Read, error, read))
             return error;
         m_buffered += static_cast<std::int32_t>(delivered);
         if (!extractPackets())
@@ -209,7 +209,7 @@ bool NamedPipe::writePacket(QString text)
     const auto write = [&] {
         return WriteFile(m_handle.get(), m_buffer.get(), count, &written, nullptr) != 0;
     };
-    if (!blockingCall(error, write)) {
+    if (!blockingCall(Call::Write, error, write)) {
         if (!cancelledByClose(error))
             LOG4CPLUS_ERROR(Logger::logger(), "write data failed " << written);
         return false;
@@ -218,15 +218,15 @@ bool NamedPipe::writePacket(QString text)
     return true;
 }
 
-template<typename Call>
-bool NamedPipe::blockingCall(DWORD& error, Call call)
+template<typename Function>
+bool NamedPipe::blockingCall(Call which, DWORD& error, Function call)
 {
     // Only pipe calls are cancelled, and not what the thread's log records are written with.
-    m_blocked = true;
+    m_call = which;
     const bool done = !m_closing && call();
     if (!done)
         error = m_closing ? ERROR_OPERATION_ABORTED : GetLastError();
-    m_blocked = false;
+    m_call = Call::None;
     return done;
 }
 
@@ -256,7 +256,7 @@ void NamedPipe::stopThread()
 {
     m_thread->quit();
     while (!m_thread->wait(QDeadlineTimer(kCancelIntervalMs))) {
-        if (m_blocked)
+        if (m_call != Call::None)
             m_canceller.load()->cancel();
     }
     // Without a canceller the thread has done nothing, and left nothing to be cleaned up.

@@ -55,6 +55,9 @@ Q_SIGNALS:
 private:
     friend class NamedPipeProbe;
 
+    /// What closePipe() may have to cancel.
+    enum class Call { None, Open, WaitUntilFree, Read, Write };
+
     void startThread();
     void stopThread();
     void initReader(QString name);
@@ -66,8 +69,8 @@ private:
     bool writePacket(QString text);
     /// Makes a pipe call that closePipe() may cancel and returns whether it succeeded; `error` is
     /// why it did not: ERROR_OPERATION_ABORTED from the moment that closing begins.
-    template<typename Call>
-    bool blockingCall(DWORD& error, Call call);
+    template<typename Function>
+    bool blockingCall(Call which, DWORD& error, Function call);
     /// Whether a call that ended with `error` was cancelled by closePipe().
     bool cancelledByClose(DWORD error) const;
 
@@ -77,8 +80,8 @@ private:
     std::unique_ptr<char[]> m_buffer;
     std::int32_t m_buffered = 0;
     std::atomic<bool> m_closing{false};
-    std::atomic<int> m_senders{0};      ///< Threads that are emitting sigSendData().
-    std::atomic<bool> m_blocked{false}; ///< The pipe's thread is inside blockingCall().
+    std::atomic<int> m_senders{0};        ///< Threads that are emitting sigSendData().
+    std::atomic<Call> m_call{Call::None}; ///< That the pipe's thread is in.
     std::atomic<pavo::ThreadCanceller*> m_canceller{
         nullptr}; ///< Of the pipe's thread, once it runs.
 };

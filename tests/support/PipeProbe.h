@@ -6,6 +6,17 @@
 #include <QString>
 #include <QThread>
 
+/// What a NamedPipe keeps to itself.
+class NamedPipeProbe
+{
+public:
+    /// Whether it has found its pipe taken and waits for its turn.
+    static bool waitsUntilFree(const NamedPipe& pipe)
+    {
+        return pipe.m_call == NamedPipe::Call::WaitUntilFree;
+    }
+};
+
 /// A NamedPipe whose signals are collected on the thread that emits them.
 class PipeProbe
 {

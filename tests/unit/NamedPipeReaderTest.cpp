@@ -46,11 +46,11 @@ protected:
         EXPECT_EQ(reader.texts.values(), texts);
     }
 
+    /// Until it waits for the first one to go.
     void startSecondClient()
     {
         reader.pipe.startReaderThread(host.fullName());
-        const std::string line = "init reader " + host.fullName().toStdString();
-        ASSERT_TRUE(waitUntil([&] { return log.count(DEBUG_LOG_LEVEL, line) == 2; }));
+        ASSERT_TRUE(waitUntil([this] { return NamedPipeProbe::waitsUntilFree(reader.pipe); }));
     }
 
     LogRecorder log;
@@ -326,8 +326,6 @@ TEST_F(NamedPipeReader, BusyPipeIsOpenedWhenItBecomesFree)
     ASSERT_TRUE(host.awaitClient());
     startSecondClient();
     const auto started = std::chrono::steady_clock::now();
-    // Long enough for the second client to be waiting; time itself is what is tested.
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
     first.pipe.closePipe();
     host.dropClient();
     ASSERT_TRUE(host.awaitClient());
@@ -355,8 +353,6 @@ TEST_F(NamedPipeReader, ClosingWhileWaitingForABusyPipeIsSilent)
     first.pipe.startReaderThread(host.fullName());
     ASSERT_TRUE(host.awaitClient());
     startSecondClient();
-    // The client is at its open by now; this is how long it gets to be waiting.
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
     reader.pipe.closePipe();
     EXPECT_EQ(reader.exits.count(), 0U);
     EXPECT_TRUE(log.complaints().empty());
