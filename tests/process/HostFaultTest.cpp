@@ -137,6 +137,8 @@ TEST_F(HostNamesTest, SecondHostOfANameIsRefusedAndTheFirstGoesOn)
 TEST_F(HostNamesTest, NamesThatAreTooLongAreNotThere)
 {
     for (const int length : {300, 5000, 100000}) {
+        // The last round's writer may have something to log yet.
+        channel().startUp(QString(), nullptr, nullptr);
         codes.clear();
         log.clear();
         const QString name = kPrefix + textOfUnits(length);

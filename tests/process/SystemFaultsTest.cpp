@@ -45,7 +45,7 @@ TEST_F(LongNamesTest, ClassesAndTitlesThatNoWindowCanHaveAreNotFound)
         const std::string text(length, 'x');
         manager.post(text, "title", 1, 0);
         manager.post("class", text, 1, 0);
-        EXPECT_EQ(log.complaints(),
+        EXPECT_EQ(complaints(),
                   (Lines{"ERROR not find window, title", "ERROR not find window, " + text}));
     }
 }

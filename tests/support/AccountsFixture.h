@@ -11,7 +11,6 @@
 #include <QCoreApplication>
 #include <QSharedMemory>
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -149,16 +148,10 @@ protected:
         return text;
     }
 
-    /// What was logged since the log was cleared, but for slow locks, which a loaded machine has
-    /// anywhere.
+    /// What was logged since the log was cleared, but for slow locks.
     std::vector<std::string> logged(log4cplus::LogLevel lowest = log4cplus::ALL_LOG_LEVEL) const
     {
-        std::vector<std::string> lines = log.lines(lowest);
-        const auto isSlowLock = [](const std::string& line) {
-            return line.rfind("WARN shared memory lock ", 0) == 0;
-        };
-        lines.erase(std::remove_if(lines.begin(), lines.end(), isSlowLock), lines.end());
-        return lines;
+        return log.linesButSlowLocks(lowest);
     }
     std::vector<std::string> complaints() const { return logged(log4cplus::WARN_LOG_LEVEL); }
 

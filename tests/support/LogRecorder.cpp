@@ -97,6 +97,16 @@ std::vector<std::string> LogRecorder::lines(log4cplus::LogLevel lowest) const
     return lines;
 }
 
+std::vector<std::string> LogRecorder::linesButSlowLocks(log4cplus::LogLevel lowest) const
+{
+    std::vector<std::string> all = lines(lowest);
+    const auto isSlowLock = [](const std::string& line) {
+        return line.rfind("WARN shared memory lock ", 0) == 0;
+    };
+    all.erase(std::remove_if(all.begin(), all.end(), isSlowLock), all.end());
+    return all;
+}
+
 std::vector<std::string> LogRecorder::complaints() const
 {
     return lines(log4cplus::WARN_LOG_LEVEL);

@@ -37,7 +37,10 @@ public:
     int countBeginning(const std::string& beginning) const;
     /// The records of at least this level, as "LEVEL text", in order.
     std::vector<std::string> lines(log4cplus::LogLevel lowest = log4cplus::ALL_LOG_LEVEL) const;
-    /// The records of warning level and above, likewise.
+    /// The same but for slow locks, which a loaded machine has anywhere.
+    std::vector<std::string>
+    linesButSlowLocks(log4cplus::LogLevel lowest = log4cplus::ALL_LOG_LEVEL) const;
+    /// The records of warning level and above.
     std::vector<std::string> complaints() const;
     /// Waits, with the event loop running, until a pipe's writer has begun a write and not ended it
     /// for a while.

@@ -84,7 +84,7 @@ TEST_F(MAStoreTest, FirstProcessCreatesAZeroedSegmentOfTheInstallation)
     EXPECT_GE(segmentSize(), 103434) << "the system may round up";
     EXPECT_LT(segmentSize(), 103434 + 4096);
     EXPECT_EQ(allBytes(), padded("", segmentSize()));
-    EXPECT_TRUE(log.complaints().empty());
+    EXPECT_TRUE(complaints().empty());
 }
 
 TEST_F(MAStoreTest, CreatingAgainKeepsWhatIsAttached)
@@ -192,7 +192,7 @@ TEST_F(MAStoreTest, ListLongerThanItsRegionIsRefusedAndTheStoredOneStays)
     const std::string before = allBytes();
     EXPECT_FALSE(manager.writeAll(listOfLength(102401)));
     EXPECT_TRUE(allBytes() == before);
-    EXPECT_EQ(log.complaints(), std::vector<std::string>{"ERROR account list too long, 102401"});
+    EXPECT_EQ(complaints(), std::vector<std::string>{"ERROR account list too long, 102401"});
 }
 
 TEST_F(MAStoreTest, WhatFollowsTheFirstNulIsIgnored)
@@ -220,7 +220,7 @@ TEST_F(MAStoreTest, UnreadableRegionsLeaveTheRecordsAsTheyWere)
         EXPECT_EQ(selected.title, "before");
         EXPECT_EQ(list.size(), 1U);
     }
-    EXPECT_TRUE(log.complaints().empty());
+    EXPECT_TRUE(complaints().empty());
 }
 
 TEST_F(MAStoreTest, ReadListIsAppended)
@@ -252,7 +252,7 @@ TEST_F(MAStoreTest, NothingIsReadOrWrittenUninitialisedOrUnattached)
     EXPECT_EQ(allBytes(), std::string(static_cast<std::size_t>(segmentSize()), 'x'));
     EXPECT_EQ(selected.title, "before");
     EXPECT_EQ(list.size(), 1U);
-    EXPECT_TRUE(log.complaints().empty());
+    EXPECT_TRUE(complaints().empty());
 }
 
 // Another program may have made the segment in any size; a system rounds it up to pages.
@@ -304,8 +304,8 @@ TEST_P(MAStoreSizeTest, NothingBeyondTheSegmentIsTouched)
         EXPECT_TRUE(manager.readAll(list));
         EXPECT_EQ(list.size(), 1U);
         EXPECT_FALSE(manager.writeAll(listOfLength(room + 1)));
-        EXPECT_EQ(log.complaints(), std::vector<std::string>{"ERROR account list too long, " +
-                                                             std::to_string(room + 1)});
+        EXPECT_EQ(complaints(), std::vector<std::string>{"ERROR account list too long, " +
+                                                         std::to_string(room + 1)});
     }
     EXPECT_EQ(bytes(size, behind), std::string(static_cast<std::size_t>(behind), '\x55'));
 }
@@ -594,5 +594,5 @@ TEST_F(MAStoreTest, RandomRegionsAreReadWithoutHarm)
         ASSERT_TRUE(manager.readAll(again));
         ASSERT_EQ(MAAccountInfo::toJSON(again), MAAccountInfo::toJSON(list));
     }
-    EXPECT_TRUE(log.complaints().empty());
+    EXPECT_TRUE(complaints().empty());
 }
