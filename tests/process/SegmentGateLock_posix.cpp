@@ -1,10 +1,13 @@
 #include "platform/SegmentGatePassage.h"
+#include "platform/posix/UniqueFd.h"
 #include "tests/process/SegmentGateMember.h"
 
 #include <gtest/gtest.h>
 
 #include <QFile>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ipc.h>
 #include <sys/sem.h>
 #include <unistd.h>
@@ -22,4 +25,11 @@ std::shared_ptr<void> blockLock(const QString& key)
     ::unlink(path);
     EXPECT_EQ(::symlink(path, path), 0) << "a link that leads nowhere";
     return {nullptr, [path](void*) { ::unlink(path); }};
+}
+
+bool isGateTaken(const QString& key)
+{
+    const QString name = pavo::segmentGateName(QSharedMemory(key).nativeKey());
+    const pavo::posix::UniqueFd gate(::open(QFile::encodeName(name), O_RDWR | O_CLOEXEC));
+    return gate && flock(gate.get(), LOCK_EX | LOCK_NB) != 0;
 }

@@ -24,3 +24,16 @@ std::shared_ptr<void> blockLock(const QString& key)
     return std::make_shared<pavo::UniqueHandle>(
         CreateEventW(nullptr, FALSE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
 }
+
+bool isGateTaken(const QString& key)
+{
+    const QString name = pavo::segmentGateName(QSharedMemory(key).nativeKey());
+    const pavo::UniqueHandle gate(
+        OpenMutexW(SYNCHRONIZE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
+    if (!gate)
+        return false;
+    const bool isTaken = WaitForSingleObject(gate.get(), 0) == WAIT_TIMEOUT;
+    if (!isTaken)
+        ReleaseMutex(gate.get());
+    return isTaken;
+}

@@ -41,6 +41,9 @@ int lockValue(const QString& key);
 /// it returns lives.
 std::shared_ptr<void> blockLock(const QString& key);
 
+/// Whether a thread, of whatever process, is in the gate of `key`.
+bool isGateTaken(const QString& key);
+
 /// One member, in whatever process.
 class Member
 {

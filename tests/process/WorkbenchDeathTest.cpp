@@ -4,6 +4,7 @@
 #include "platform/HostPipe.h"
 #include "tests/process/SegmentGateMember.h"
 #include "tests/support/AccountsFixture.h"
+#include "tests/support/ChannelFixture.h"
 #include "tests/support/Host.h"
 #include "tests/support/RoleProcess.h"
 #include "tests/support/Wait.h"
@@ -54,10 +55,12 @@ private:
 class Life
 {
 public:
-    Life(std::string pin, QString commandLine)
-        : m_pin(std::move(pin))
-        , m_commandLine(std::move(commandLine))
+    /// `arguments`: the installation, the pin, the command line.
+    explicit Life(const QStringList& arguments)
+        : m_pin(arguments[1].toStdString())
+        , m_commandLine(arguments[2])
     {
+        QCoreApplication::setApplicationName(arguments[0]);
     }
 
     /// Up to the host's first message, which is parked, with both pipes in use.
@@ -93,8 +96,16 @@ public:
         return m_manager->switchToAccount(neighbour);
     }
     bool quit() { return m_manager->quitCurrentAccount() == 1; }
+    bool leave()
+    {
+        m_application.reset();
+        return true;
+    }
 
 private:
+    int m_argumentCount = 0;
+    std::unique_ptr<QCoreApplication> m_application =
+        std::make_unique<QCoreApplication>(m_argumentCount, nullptr);
     const std::string m_pin;
     const QString m_commandLine;
     const LogRecorder m_log;
@@ -109,15 +120,13 @@ struct Step
 
 constexpr Step kSteps[] = {{"start", &Life::start},       {"join", &Life::join},
                            {"enter", &Life::enter},       {"show", &Life::show},
-                           {"switch", &Life::switchAway}, {"quit", &Life::quit}};
+                           {"switch", &Life::switchAway}, {"quit", &Life::quit},
+                           {"leave", &Life::leave}};
 
 /// A workbench with a whole life, unless it is stopped in the step of that name, where that text is
 /// logged.
 const Role kWorkbench("workbench", [](const QStringList& arguments) {
-    int count = 0;
-    const QCoreApplication application(count, nullptr);
-    QCoreApplication::setApplicationName(arguments[0]);
-    Life life(arguments[1].toStdString(), arguments[2]);
+    Life life(arguments);
     int failed = 0;
     for (const Step& step : kSteps) {
         if (arguments.value(3) == QLatin1String(step.name))
@@ -130,50 +139,84 @@ const Role kWorkbench("workbench", [](const QStringList& arguments) {
     return failed;
 });
 
-/// The host of one workbench, which opens a conversation before there is a main window.
-class ConversingHost
+/// A workbench that is told to connect to a pipe that another one has.
+const Role kLatecomer("latecomer", [](const QStringList& arguments) {
+    int count = 0;
+    const QCoreApplication application(count, nullptr);
+    QCoreApplication::setApplicationName(arguments[0]);
+    KTChannelManager::sharedInstance()->startUp(arguments[2], nullptr, nullptr);
+    sayToParent(waitUntil([] { return KTChannelManagerProbe::readerWaitsForItsTurn(); })
+                    ? "waiting"
+                    : "not waiting");
+    nextLineFromParent();
+    return 0;
+});
+
+/// The host of one workbench, which says something before there is a main window, or nothing.
+class Host
 {
 public:
+    explicit Host(QByteArray firstMessage = kConversation)
+        : m_firstMessage(std::move(firstMessage))
+    {
+    }
+
     [[nodiscard]] QString commandLine() const
     {
         return QStringLiteral("pipe?param=") + m_in.fullName() + QLatin1Char('&') +
                m_out.fullName();
     }
-    [[nodiscard]] bool waitForClient() const { return m_out.waitForClient(); }
-    /// Whether it has learned that its workbench is gone.
+    [[nodiscard]] bool waitForClients() const
+    {
+        return m_thread.waitForEnd() && m_out.waitForClient();
+    }
+    /// Whether it has learned by its reading that its workbench is gone.
     [[nodiscard]] bool waitForEnd() const { return m_out.waitForEnd(); }
+    /// The same by writing.
+    [[nodiscard]] bool waitUntilNothingCanBeWritten()
+    {
+        return m_thread.waitForEnd() && waitUntil([this] { return !m_in.write(kConversation); });
+    }
 
 private:
+    inline static const QByteArray kConversation =
+        frame(R"({"name":"OpenLXWindow","arguments":["buyer",3,"order"]})");
+
+    const QByteArray m_firstMessage;
     pavo::HostPipe m_in{uniquePipeName(), pavo::HostPipe::Direction::HostWrites};
     HostReader m_out{uniquePipeName()};
     PipeThread m_thread{[this] {
-        if (m_in.awaitClient())
-            m_in.write(frame(R"({"name":"OpenLXWindow","arguments":["buyer",3,"order"]})"));
+        if (m_in.awaitClient() && !m_firstMessage.isEmpty())
+            m_in.write(m_firstMessage);
     }};
 };
+
+/// The pipes that a workbench is sure to have open.
+enum class Connected { No, Reader, Both };
 
 struct Place
 {
     const char* name;
     const char* step;
     const char* text; ///< that is logged there
-    bool isConnected;
+    Connected connected;
     bool isListed;
 };
 
 constexpr Place kPlaces[] = {
-    {"BeforeThePipes", "start", "parse cmd line ", false, false},
-    {"BeforeTheReaderOpens", "start", "init reader ", false, false},
-    {"BeforeTheWriterOpens", "start", "init writer ", false, false},
-    {"Connected", "start", "not initialized completed, ", false, false},
-    {"Joining", "join", "init ma manager, ", true, false},
-    {"Joined", "join", "multi account init success, ", true, true},
-    {"BeforeTheMainWindow", "enter", "KTChannelManager::enterMainUI enter", true, true},
-    {"InTheReplay", "enter", "in the replay", true, true},
-    {"InTheMainWindow", "enter", "KTChannelManager::enterMainUI leave", true, true},
-    {"ShowingItself", "show", "switch to account, ", true, true},
-    {"SwitchingBetweenWriteAndPost", "switch", "post process message, ", true, true},
-    {"QuittingBetweenWriteAndPost", "quit", "post process message, ", true, false},
+    {"BeforeThePipes", "start", "parse cmd line ", Connected::No, false},
+    {"BeforeTheReaderOpens", "start", "init reader ", Connected::No, false},
+    {"BeforeTheWriterOpens", "start", "init writer ", Connected::No, false},
+    {"WithItsFirstMessage", "start", "not initialized completed, ", Connected::Reader, false},
+    {"Joining", "join", "init ma manager, ", Connected::Both, false},
+    {"Joined", "join", "multi account init success, ", Connected::Both, true},
+    {"BeforeTheMainWindow", "enter", "KTChannelManager::enterMainUI enter", Connected::Both, true},
+    {"InTheReplay", "enter", "in the replay", Connected::Both, true},
+    {"InTheMainWindow", "enter", "KTChannelManager::enterMainUI leave", Connected::Both, true},
+    {"ShowingItself", "show", "switch to account, ", Connected::Both, true},
+    {"SwitchingBetweenWriteAndPost", "switch", "post process message, ", Connected::Both, true},
+    {"QuittingBetweenWriteAndPost", "quit", "post process message, ", Connected::Both, false},
+    {"Leaving", "leave", "NamedPipe::closePipe enter", Connected::Both, false},
 };
 
 void PrintTo(const Place& place, std::ostream* out)
@@ -191,7 +234,7 @@ class WorkbenchDeathTest : public AccountsFixture
 protected:
     WorkbenchDeathTest() { EXPECT_TRUE(m_survivor.join("survivor")); }
 
-    static QStringList life(const char* pin, const ConversingHost& host)
+    static QStringList life(const char* pin, const Host& host)
     {
         return {QCoreApplication::applicationName(), QString::fromLatin1(pin), host.commandLine()};
     }
@@ -209,7 +252,7 @@ protected:
         EXPECT_LT(timer.elapsed(), kRecoveryMs);
         EXPECT_EQ(lockValue(view()->key()), 1);
 
-        const ConversingHost host;
+        Host host;
         RoleProcess next("workbench", life("victim", host));
         EXPECT_EQ(next.nextLine(), "0") << "steps of its life have failed";
         EXPECT_EQ(next.waitForExit(), 0);
@@ -234,56 +277,66 @@ class WorkbenchDeathAtTheLockTest : public WorkbenchDeathPlaceTest
 TEST_P(WorkbenchDeathPlaceTest, DisturbsNobody)
 {
     const Place& place = GetParam();
-    const ConversingHost host;
+    Host host;
     RoleProcess victim("workbench", life("victim", host) << QString::fromLatin1(place.step)
                                                          << QString::fromLatin1(place.text));
     ASSERT_EQ(victim.nextLine(), "stopped");
-    if (place.isConnected) {
-        ASSERT_TRUE(host.waitForClient());
-    }
     victim.kill();
-    if (place.isConnected) {
+    if (place.connected == Connected::Both) {
         EXPECT_TRUE(host.waitForEnd()) << "its host learns of it";
+    }
+    if (place.connected != Connected::No) {
+        EXPECT_TRUE(host.waitUntilNothingCanBeWritten()) << "its host learns of it";
     }
     expectThatLifeGoesOn(place.isListed);
 }
 
 INSTANTIATE_TEST_SUITE_P(Places, WorkbenchDeathPlaceTest, testing::ValuesIn(kPlaces), nameOf);
 
+TEST_F(WorkbenchDeathTest, ConnectedBeforeItHasReadAnything)
+{
+    Host host{QByteArray()};
+    RoleProcess victim("workbench", life("victim", host));
+    ASSERT_TRUE(host.waitForClients());
+    victim.kill();
+    EXPECT_TRUE(host.waitForEnd()) << "its host learns of it";
+    EXPECT_TRUE(host.waitUntilNothingCanBeWritten()) << "from either pipe";
+    expectThatLifeGoesOn(false);
+}
+
 TEST_P(WorkbenchDeathAtTheLockTest, DisturbsNobody)
 {
     const Place& place = GetParam();
-    const ConversingHost host;
+    Host host;
     RoleProcess victim("workbench", life("victim", host) << QString::fromLatin1(place.step)
                                                          << QString::fromLatin1(place.text));
     ASSERT_EQ(victim.nextLine(), "stopped");
-    {
-        const MAMutex lock(view());
-        victim.say("go on");
-        // Time to do more than wait, if it could.
-        EXPECT_EQ(victim.nextLine(300), "");
-        victim.kill();
-    }
+    // Taken as by a program without a gate: whoever wants it waits in the gate, where one sees it.
+    ASSERT_TRUE(view()->lock());
+    victim.say("go on");
+    EXPECT_TRUE(waitUntil([this] { return isGateTaken(view()->key()); })) << "it waits";
+    victim.kill();
+    EXPECT_TRUE(view()->unlock());
     expectThatLifeGoesOn(place.isListed);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Places, WorkbenchDeathAtTheLockTest,
-    testing::Values(Place{"Starting", "start", "parse cmd line ", false, false},
-                    Place{"Joining", "join", "init ma manager, ", true, false},
-                    Place{"Switching", "show", "switch to account, ", true, true},
-                    Place{"Quitting", "switch", "post process message, ", true, true}),
+    testing::Values(Place{"Starting", "start", "parse cmd line ", Connected::No, false},
+                    Place{"Joining", "join", "init ma manager, ", Connected::Both, false},
+                    Place{"Switching", "show", "switch to account, ", Connected::Both, true},
+                    Place{"Quitting", "switch", "post process message, ", Connected::Both, true}),
     nameOf);
 
 TEST_F(WorkbenchDeathTest, WhileItWaitsForABusyPipe)
 {
-    const ConversingHost host;
+    Host host;
     RoleProcess first("workbench", life("victim", host)
                                        << QStringLiteral("enter")
                                        << QStringLiteral("KTChannelManager::enterMainUI leave"));
     ASSERT_EQ(first.nextLine(), "stopped");
-    RoleProcess waiting("workbench", life("waiting", host));
-    EXPECT_EQ(waiting.nextLine(300), "") << "for its turn";
+    RoleProcess waiting("latecomer", life("waiting", host));
+    ASSERT_EQ(waiting.nextLine(), "waiting");
     waiting.kill();
     EXPECT_EQ(m_survivor.loginAccountCount(), 2);
     first.kill();

@@ -4,6 +4,7 @@
 #include "platform/HostPipe.h"
 #include "tests/support/Host.h"
 #include "tests/support/LogRecorder.h"
+#include "tests/support/PipeProbe.h"
 #include "tests/support/Wait.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,11 @@ public:
     static bool parseKeyInfos(const Json::Value& list, std::vector<KTKeyInfo>& out)
     {
         return KTChannelManager::parseKeyInfos(list, out);
+    }
+
+    static bool readerWaitsForItsTurn()
+    {
+        return NamedPipeProbe::waitsUntilFree(*KTChannelManager::sharedInstance()->m_reader);
     }
 
     static std::weak_ptr<void> aliveToken(const KTChannelManager& manager)
