@@ -6,6 +6,8 @@ using log4cplus::DEBUG_LOG_LEVEL;
 
 namespace {
 
+constexpr const char* kOpenSettings = R"({"name":"OpenBaseInfoSettingWindow"})";
+
 class HostFaultTest : public HostProcessFixture
 {
 protected:
@@ -27,7 +29,16 @@ protected:
         }
     }
 
-    const QByteArray message = frame(R"({"name":"OpenBaseInfoSettingWindow"})");
+    const QByteArray message = frame(kOpenSettings);
+};
+
+/// The first length that is more than a message may have.
+constexpr const char* kBadLength = "write fd0f0000";
+
+class HostFaultAtStartUpTest : public HostProcessFixture
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(connect()); }
 };
 
 /// Nothing is connected yet.
@@ -102,6 +113,54 @@ TEST_F(HostFaultTest, ClosingThePipeThatIsWrittenFailsTheWritesAlone)
     EXPECT_EQ(closed, 0);
 }
 
+TEST_F(HostFaultTest, BadLengthIsTheEndOfTheHost)
+{
+    ASSERT_TRUE(tell(kBadLength));
+    ASSERT_TRUE(waitUntil([this] { return closed > 0; }));
+    EXPECT_TRUE(tell("read-end")) << "the workbench has let go of the other pipe, too";
+    EXPECT_EQ(log.complaints(), Lines{"ERROR read data error 13"});
+    EXPECT_EQ(closed, 1);
+    EXPECT_TRUE(codes.empty());
+}
+
+TEST_F(HostFaultAtStartUpTest, BadLengthIsTheEndOfTheHost)
+{
+    ASSERT_TRUE(tell(kBadLength));
+    ASSERT_TRUE(waitUntil([this] { return !codes.empty(); }));
+    EXPECT_TRUE(tell("read-end")) << "the workbench has let go of the other pipe, too";
+    EXPECT_EQ(log.complaints(), Lines{"ERROR read data error 13"});
+    enterMainWindow();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(codes, std::vector<int>{-1});
+    EXPECT_EQ(closed, 0);
+}
+
+TEST_F(HostFaultAtStartUpTest, ClosingThePipeThatIsReadClosesBoth)
+{
+    ASSERT_TRUE(tell("close-in"));
+    ASSERT_TRUE(waitUntil([this] { return !codes.empty(); }));
+    EXPECT_TRUE(tell("read-end")) << "the workbench has let go of the other one, too";
+    EXPECT_EQ(log.complaints(), Lines{"ERROR read data error 109"});
+    enterMainWindow();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(codes, std::vector<int>{-1});
+    EXPECT_EQ(closed, 0) << "it is reported once";
+}
+
+TEST_F(HostFaultAtStartUpTest, ClosingThePipeThatIsWrittenFailsTheWritesAlone)
+{
+    ASSERT_TRUE(tell("close-out"));
+    channel().activePlatform();
+    ASSERT_TRUE(waitUntil([this] { return !log.complaints().empty(); }));
+    enterMainWindow();
+    ASSERT_TRUE(waitUntil([this] { return log.complaints().size() == 2; }));
+    EXPECT_EQ(log.complaints(), Lines(2, "ERROR write data failed 0"));
+    ASSERT_TRUE(tell("write " + frame(kOpenSettings).toHex()));
+    EXPECT_TRUE(waitUntil([this] { return settings == 1; })) << "the other direction is served";
+    EXPECT_TRUE(codes.empty());
+    EXPECT_EQ(closed, 0);
+}
+
 TEST_F(HostFaultTest, ReopenedNamesAreTakenByTheNextStartUpOnly)
 {
     ASSERT_TRUE(tell("close-in"));
@@ -129,7 +188,7 @@ TEST_F(HostNamesTest, SecondHostOfANameIsRefusedAndTheFirstGoesOn)
     second.say("create-out " + out.toStdString());
     EXPECT_EQ(second.nextLine(), "failed");
     enterMainWindow();
-    ASSERT_TRUE(tell("write " + frame(R"({"name":"OpenBaseInfoSettingWindow"})").toHex()));
+    ASSERT_TRUE(tell("write " + frame(kOpenSettings).toHex()));
     EXPECT_TRUE(waitUntil([this] { return settings == 1; }));
     EXPECT_EQ(log.complaints(), Lines{});
 }

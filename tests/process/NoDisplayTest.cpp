@@ -6,6 +6,12 @@
 
 namespace {
 
+#ifdef _WIN32
+constexpr bool kWindowsNeedADisplay = true;
+#else
+constexpr bool kWindowsNeedADisplay = false;
+#endif
+
 class NoDisplayTest : public AccountsFixture
 {
 protected:
@@ -30,8 +36,8 @@ TEST_F(NoDisplayTest, ChannelWorks)
 
 TEST_F(NoDisplayTest, AccountsAreSharedAndMissingWindowsAreReported)
 {
-    // Where windows need a display there will be none.
     const pavo::MessageWindow window(QStringLiteral("class"), QCoreApplication::applicationName());
+    ASSERT_EQ(window.handle() == nullptr, kWindowsNeedADisplay);
     const std::string title = QCoreApplication::applicationName().toStdString();
     MAManagerProbe manager;
     MAManagerProbe neighbour;
@@ -41,8 +47,9 @@ TEST_F(NoDisplayTest, AccountsAreSharedAndMissingWindowsAreReported)
     EXPECT_FALSE(manager.checkWindowVisible());
     log.clear();
     EXPECT_TRUE(manager.switchLoginState(5));
-    const std::vector<std::string> missing{"ERROR not find window, " + title};
-    EXPECT_EQ(complaints(), window.handle() ? std::vector<std::string>() : missing);
+    EXPECT_EQ(complaints(), kWindowsNeedADisplay
+                                ? std::vector<std::string>{"ERROR not find window, " + title}
+                                : std::vector<std::string>());
     EXPECT_EQ(neighbour.quitCurrentAccount(), 1);
     EXPECT_EQ(manager.quitCurrentAccount(), 1);
 }

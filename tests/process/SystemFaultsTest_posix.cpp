@@ -2,15 +2,20 @@
 
 #include "platform/MessageWindow.h"
 #include "platform/posix/UniqueFd.h"
+#include "tests/process/Tool.h"
 #include "tests/support/AccountsFixture.h"
 #include "tests/support/ChannelFixture.h"
 #include "tests/support/RoleProcess.h"
+
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <grp.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <vector>
 
 namespace {
@@ -48,6 +53,31 @@ private:
     std::vector<UniqueFd> m_wasted;
 };
 
+/// While it lives, no file of this process and its children grows beyond a size: what is too much
+/// fails as on a disk that has become full.
+class SmallFiles
+{
+public:
+    explicit SmallFiles(rlim_t size)
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit small = {size, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~SmallFiles()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_before);
+        ::signal(SIGXFSZ, m_handler);
+    }
+    SmallFiles(const SmallFiles&) = delete;
+    SmallFiles& operator=(const SmallFiles&) = delete;
+
+private:
+    rlimit m_before = {};
+    /// It would end who writes too much. Children ignore it, too.
+    void (*const m_handler)(int) = ::signal(SIGXFSZ, SIG_IGN);
+};
+
 using ChannelWithoutDescriptorsTest = ChannelFixture;
 
 using AccountsWithoutDescriptorsTest = AccountsFixture;
@@ -60,6 +90,19 @@ const Role kOtherUserRole("find-window-as-other-user", [](const QStringList& arg
     const std::wstring name = arguments[0].toStdWString();
     sayToParent(FindWindowW(name.c_str(), name.c_str()) ? "found" : "none");
     sayToParent(std::to_string(RegisterWindowMessageW(name.c_str())));
+    return 0;
+});
+
+const Role kStartRole("start-without-descriptors", [](const QStringList& arguments) {
+    const rlimit noCore = {0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    int count = 0;
+    const QCoreApplication application(count, nullptr);
+    QCoreApplication::setApplicationName(arguments[0]);
+    sayToParent("starting");
+    const NoDescriptors none;
+    KTChannelManager::sharedInstance()->startUp(arguments[1], nullptr, nullptr);
+    nextLineFromParent();
     return 0;
 });
 
@@ -107,6 +150,37 @@ TEST_F(AccountsWithoutDescriptorsTest, NewcomerIsRefusedUntilThereAreSome)
                                             "ERROR pin  create share memory failed"}));
     }
     EXPECT_TRUE(manager.join("pin"));
+}
+
+TEST_F(AccountsWithoutDescriptorsTest, WorkbenchThatStartsIsEndedByQtAndDisturbsNobody)
+{
+    MAManagerProbe manager;
+    ASSERT_TRUE(manager.join("pin"));
+    HostReader out(uniquePipeName());
+    pavo::HostPipe in(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
+    RoleProcess newcomer(
+        "start-without-descriptors",
+        {QCoreApplication::applicationName(),
+         QStringLiteral("pipe?param=") + in.fullName() + QLatin1Char('&') + out.fullName()});
+    EXPECT_EQ(newcomer.nextLine(), "starting");
+    EXPECT_EQ(newcomer.nextLine(), "") << "there is no thread for its pipe without an event loop";
+    EXPECT_EQ(newcomer.waitForExit(), -1) << "by a signal";
+    EXPECT_FALSE(newcomer.isRunning());
+    EXPECT_FALSE(out.hasEnded()) << "the pipes can still be had";
+    manager.changeLoginState(5);
+    EXPECT_EQ(manager.accounts().front().loginState, 5);
+    EXPECT_TRUE(complaints().empty());
+}
+
+TEST(FullDiskPosixTest, LogOnADiskThatBecomesFullEndsThereAndStopsNothing)
+{
+    constexpr rlim_t kRoom = 2000;
+    const QTemporaryDir folder;
+    const QFile file(folder.filePath(QStringLiteral("log.txt")));
+    const SmallFiles small(kRoom);
+    const ToolResult result = workWithLog(file.fileName());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(file.size(), kRoom);
 }
 
 TEST(WindowsOfAnotherUserTest, AreNeitherFoundNorTold)

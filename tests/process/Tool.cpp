@@ -53,3 +53,16 @@ ToolResult ScriptRun::play(const QStringList& workbench, const QStringList& opti
                        QStringList{QStringLiteral("--script"), fileName(), QStringLiteral("--")} +
                        workbench);
 }
+
+ToolResult workWithLog(const QString& logFile)
+{
+    const ScriptRun script("expect StartupCompleted\n"
+                           "OpenBaseInfoSettingWindow\n"
+                           "expect-workbench open the base-information settings\n"
+                           "workbench unread 4\n"
+                           "expect UnreadMessageChanged [4]\n"
+                           "workbench quit\n"
+                           "expect-exit 0\n");
+    return script.play(headlessWorkbench()
+                       << QStringLiteral("--log") << QStringLiteral("debug:") + logFile);
+}

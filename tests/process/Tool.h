@@ -34,3 +34,7 @@ public:
 private:
     QTemporaryDir m_folder;
 };
+
+/// A host and the sample workbench send each other this and that; the workbench logs all of it to
+/// `logFile`. Ends with exit code 0 if all of it has arrived.
+ToolResult workWithLog(const QString& logFile);
