@@ -1,6 +1,7 @@
 #include "platform/SegmentGatePassage.h"
 #include "tests/process/SegmentGateMember.h"
 #include "tests/support/Stress.h"
+#include "tests/support/Wait.h"
 
 #include <QSystemSemaphore>
 
@@ -236,8 +237,7 @@ TEST(SegmentGateTest, PlainUserThatIsInsideWhenTheGateIsEnteredIsWaitedFor)
     EXPECT_EQ(gated.ask("attach"), "ok");
     EXPECT_TRUE(plain.memory().lock());
     gated.tell("visit 1");
-    // Time for the other one to come in, if it could.
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_TRUE(waitUntil([&key] { return isGateTaken(key); })) << "the other one has come";
     EXPECT_EQ(plain.board().total, 0);
     EXPECT_TRUE(plain.memory().unlock());
     EXPECT_EQ(gated.answer(), "ok");
