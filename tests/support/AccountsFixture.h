@@ -58,6 +58,7 @@ public:
     [[nodiscard]] bool hasScratchBuffer() const { return m_scratchBuffer != nullptr; }
     MAAccountInfo& own() { return m_ownAccount; }
     [[nodiscard]] MAObserver* observer() const { return m_observer.get(); }
+    void setMessageId(unsigned int id) { m_messageId = id; }
     [[nodiscard]] unsigned int messageId() const { return m_messageId; }
     [[nodiscard]] int windowState() const { return m_windowState; }
     [[nodiscard]] QRect windowRect() const { return m_windowRect; }

@@ -105,6 +105,17 @@ TEST_F(MAMessagesTest, PostThatTheSystemRefusesIsReportedWithItsError)
         waitUntil([&] { return b.received.size() == static_cast<std::size_t>(posted); }, kBurstMs));
 }
 
+#ifdef _WIN32
+TEST_F(MAMessagesTest, MessageThatTheSystemPostsForNobodyIsReportedWithItsError)
+{
+    joinAll();
+    // One that carries a pointer is refused at once, on every Windows.
+    a.manager.setMessageId(WM_COPYDATA);
+    post(a, b, 5, 0);
+    EXPECT_EQ(complaints(), Texts{"ERROR post process message failed, 1159"});
+}
+#endif
+
 TEST_F(MAMessagesTest, ShowingAdoptsStateAndRectangleThatAreThere)
 {
     joinAll();
