@@ -28,9 +28,14 @@ void KTChannelManager::send(Builder builder, const Values&... values)
 
 void KTChannelManager::writePacket(const std::string& text)
 {
-    NamedPipe* const writer = m_writer;
-    if (m_started && writer)
-        writer->sendData(QString::fromStdString(text));
+    if (!m_started)
+        return;
+    const QString packet = QString::fromStdString(text);
+    // startUp() deletes the writer: it ends m_started and then waits for those that did not see it.
+    ++m_senders;
+    if (NamedPipe* const writer = m_writer)
+        writer->sendData(packet);
+    --m_senders;
 }
 
 void KTChannelManager::activePlatform()

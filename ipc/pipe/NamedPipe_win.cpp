@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -264,6 +265,7 @@ void NamedPipe::stopThread()
         canceller)
         canceller->waitForEnd();
     QCoreApplication::removePostedEvents(this);
-    m_thread->deleteLater();
-    m_thread = nullptr;
+    delete std::exchange(m_thread, nullptr);
+    // What Qt keeps for a thread stays for as long as an object belongs to it.
+    moveToThread(QThread::currentThread());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ipc/KTChannelManager.h"
+#include "ipc/pipe/NamedPipe_win.h"
 #include "platform/HostPipe.h"
 #include "tests/support/Host.h"
 #include "tests/support/LogRecorder.h"
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QPointer>
 
 /// The tests' view of what the manager keeps to itself.
 class KTChannelManagerProbe
@@ -41,6 +43,12 @@ public:
     static std::weak_ptr<void> aliveToken(const KTChannelManager& manager)
     {
         return manager.m_alive;
+    }
+
+    static std::vector<QPointer<QObject>> pipes()
+    {
+        const KTChannelManager& manager = *KTChannelManager::sharedInstance();
+        return {manager.m_reader, manager.m_writer.load()};
     }
 
     /// A manager beside the one of the process, for what only its destruction shows.

@@ -553,6 +553,17 @@ TEST_F(KTChannelManagerTest, SecondStartUpClosesThePipesOfTheFirst)
     EXPECT_TRUE(log.complaints().empty());
 }
 
+TEST_F(KTChannelManagerTest, NothingOfAnEarlierStartUpIsKept)
+{
+    ASSERT_TRUE(startUp());
+    const auto pipes = KTChannelManagerProbe::pipes();
+    for (const auto& pipe : pipes)
+        ASSERT_TRUE(pipe);
+    EXPECT_FALSE(channel().startUp(QString(), nullptr, nullptr));
+    for (const auto& pipe : pipes)
+        EXPECT_FALSE(pipe);
+}
+
 TEST_F(KTChannelManagerTest, EndOfTheFirstPipeThatASecondStartUpOvertakesIsIgnored)
 {
     std::vector<int> codes;
