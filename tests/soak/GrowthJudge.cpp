@@ -1,11 +1,20 @@
 #include "tests/soak/GrowthJudge.h"
 
 #include <algorithm>
-#include <sstream>
+#include <utility>
 
-void GrowthJudge::add(const std::string& process, double seconds, const Values& values)
+GrowthJudge::GrowthJudge(std::map<std::string, std::size_t> processes)
+    : m_processes(std::move(processes))
 {
-    m_samples[process].push_back({seconds, values});
+    for (const auto& [process, quantities] : m_processes)
+        m_samples[process];
+}
+
+void GrowthJudge::add(const std::string& process, double seconds, std::vector<long long> values)
+{
+    const auto samples = m_samples.find(process);
+    if (samples != m_samples.end())
+        samples->second.push_back({seconds, std::move(values)});
 }
 
 long long GrowthJudge::median(const std::vector<Sample>& samples, std::size_t quantity, Span span,
@@ -15,7 +24,7 @@ long long GrowthJudge::median(const std::vector<Sample>& samples, std::size_t qu
     for (const Sample& sample : samples) {
         const bool isIn =
             sample.seconds >= span.from * seconds && sample.seconds <= span.to * seconds;
-        if (isIn && sample.values[quantity] != kNone)
+        if (isIn && sample.values.at(quantity) != kNone)
             values.push_back(sample.values[quantity]);
     }
     if (values.empty())
@@ -25,32 +34,24 @@ long long GrowthJudge::median(const std::vector<Sample>& samples, std::size_t qu
     return *middle;
 }
 
-bool GrowthJudge::isFlat(double seconds) const
+bool GrowthJudge::isFlat(double seconds, std::ostream& report) const
 {
-    for (const auto& [process, samples] : m_samples) {
-        for (std::size_t i = 0; i < kQuantities.size(); ++i) {
+    bool isFlat = true;
+    for (const auto& [process, quantities] : m_processes) {
+        const std::vector<Sample>& samples = m_samples.at(process);
+        for (std::size_t i = 0; i < quantities; ++i) {
             const long long early = median(samples, i, kEarly, seconds);
             const long long late = median(samples, i, kLate, seconds);
-            if (late - early > kQuantities[i].limit)
-                return false;
+            const long long limit = kQuantities[i].limit;
+            const bool isMissing = early == kNone || late == kNone;
+            const bool grows = late - early > limit;
+            isFlat = isFlat && !isMissing && !grows;
+            report << process << ' ' << kQuantities[i].name << ": " << early << " early, " << late
+                   << " late, may grow by " << limit
+                   << (isMissing ? ": NOT MEASURED\n"
+                       : grows   ? ": GROWS\n"
+                                 : "\n");
         }
     }
-    return true;
-}
-
-std::string GrowthJudge::report(double seconds) const
-{
-    std::ostringstream text;
-    for (const auto& [process, samples] : m_samples) {
-        for (std::size_t i = 0; i < kQuantities.size(); ++i) {
-            const long long early = median(samples, i, kEarly, seconds);
-            const long long late = median(samples, i, kLate, seconds);
-            if (early == kNone || late == kNone)
-                continue;
-            text << process << ' ' << kQuantities[i].name << ": " << early << " early, " << late
-                 << " late, may grow by " << kQuantities[i].limit
-                 << (late - early > kQuantities[i].limit ? ": GROWS\n" : "\n");
-        }
-    }
-    return text.str();
+    return isFlat;
 }

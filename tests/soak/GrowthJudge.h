@@ -2,6 +2,7 @@
 
 #include <array>
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -24,24 +25,27 @@ public:
         {"handles", 16},
         {"threads", 4},
         // A queue that is filled faster than it is emptied; not what a busy machine does.
-        {"inbound us", 1000000},
-        {"switch us", 1000000},
+        {"inbound us", 200000},
+        {"switch us", 200000},
     }};
-    using Values = std::array<long long, kQuantities.size()>;
-    static constexpr long long kNone = -1; ///< For a quantity that was not measured.
+    static constexpr long long kNone = -1; ///< For what could not be measured this time.
 
-    void add(const std::string& process, double seconds, const Values& values);
+    /// The processes to judge, each with how many of the quantities are measured of it, in their
+    /// order.
+    explicit GrowthJudge(std::map<std::string, std::size_t> processes);
 
-    /// Whether nothing has grown by more than its limit in a run of this length.
-    [[nodiscard]] bool isFlat(double seconds) const;
-    /// The medians, a line for each process and quantity.
-    [[nodiscard]] std::string report(double seconds) const;
+    /// Samples of other processes are not looked at.
+    void add(const std::string& process, double seconds, std::vector<long long> values);
+
+    /// Whether everything was measured early and late in a run of this length, and nothing has
+    /// grown by more than its limit. Writes the medians, a line for each process and quantity.
+    bool isFlat(double seconds, std::ostream& report) const;
 
 private:
     struct Sample
     {
         double seconds;
-        Values values;
+        std::vector<long long> values;
     };
     struct Span
     {
@@ -51,8 +55,10 @@ private:
     static constexpr Span kEarly{0.15, 0.35};
     static constexpr Span kLate{0.80, 1.0};
 
+    /// kNone when there is no measured value.
     static long long median(const std::vector<Sample>& samples, std::size_t quantity, Span span,
                             double seconds);
 
+    const std::map<std::string, std::size_t> m_processes;
     std::map<std::string, std::vector<Sample>> m_samples;
 };

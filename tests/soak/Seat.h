@@ -22,6 +22,7 @@ public:
     {
     }
 
+    [[nodiscard]] const std::string& name() const { return m_name; }
     void say(const std::string& command);
     /// Each fails when nothing is answered in time, and expect() also when it is not `expected`.
     std::string answer();

@@ -18,6 +18,8 @@ constexpr int kSeats = 8;
 /// The first seats are never killed, so that what grows has the time to; the very first one keeps
 /// its pipes, too.
 constexpr int kLongLived = 3;
+/// The host that crashes.
+constexpr std::size_t kCrashing = 1;
 constexpr unsigned long kPauseMs = 800;
 constexpr double kTellEverySeconds = 60;
 /// In less time a process does not even warm up.
@@ -39,14 +41,24 @@ std::vector<long long> numbersIn(const std::string& text)
     return {std::istream_iterator<long long>(words), {}};
 }
 
+std::map<std::string, std::size_t> judgedProcesses()
+{
+    // The host is not asked for latencies: the workbenches measure them.
+    std::map<std::string, std::size_t> processes{{"host", 4}};
+    for (int number = 0; number < kLongLived; ++number)
+        processes[Seat(number).name] = GrowthJudge::kQuantities.size();
+    return processes;
+}
+
 } // namespace
 
 Soak::Soak(unsigned seed, double seconds, const std::string& csvFile)
     : m_random(seed)
     , m_seconds(seconds)
     , m_csv(csvFile)
+    , m_judge(judgedProcesses())
     , m_store(QCoreApplication::applicationName())
-    , m_host("host", "host", {QString::number(m_random())})
+    , m_hosts{newHost("host"), newHost("host2")}
 {
     for (int number = 0; number < kSeats; ++number)
         m_seats.emplace_back(number);
@@ -56,7 +68,7 @@ Soak::Soak(unsigned seed, double seconds, const std::string& csvFile)
              "inbound_p99_us,inbound_max_us,switch_us,starts\n";
 }
 
-bool Soak::run()
+Soak::Verdict Soak::run()
 {
     for (Seat& seat : m_seats)
         launch(seat);
@@ -77,9 +89,11 @@ bool Soak::run()
     tellProgress();
     finish();
     if (m_seconds < kShortestJudgedSeconds)
-        return true;
-    std::fputs(m_judge.report(m_seconds).c_str(), stdout);
-    return m_judge.isFlat(m_seconds);
+        return Verdict::TooShortToTell;
+    std::ostringstream report;
+    const bool isFlat = m_judge.isFlat(m_seconds, report);
+    std::fputs(report.str().c_str(), stdout);
+    return isFlat ? Verdict::Flat : Verdict::Grows;
 }
 
 std::vector<Seat*> Soak::seatsThat(bool (Seat::*condition)() const)
@@ -90,6 +104,17 @@ std::vector<Seat*> Soak::seatsThat(bool (Seat::*condition)() const)
             found.push_back(&seat);
     }
     return found;
+}
+
+std::size_t Soak::hostNumberOf(const Seat& seat)
+{
+    return static_cast<std::size_t>(seat.number % 2);
+}
+
+void Soak::askHosts(const std::string& command, const std::string& expected)
+{
+    for (const auto& host : m_hosts)
+        host->expect(command, expected);
 }
 
 /// All of them at once: together they are quicker.
@@ -104,7 +129,7 @@ void Soak::askAll(const std::string& command, const std::string& expected)
 
 void Soak::work()
 {
-    m_host.expect("work", "working");
+    askHosts("work", "working");
     askAll("work", "working");
 }
 
@@ -118,6 +143,9 @@ void Soak::happen()
 {
     for (Seat& seat : m_seats)
         happenTo(seat);
+    // For certain in the first round: a short run may come to no other crash.
+    if (m_counts["rounds"] == 0 || chance(0.05))
+        crashHost();
 }
 
 void Soak::happenTo(Seat& seat)
@@ -129,8 +157,7 @@ void Soak::happenTo(Seat& seat)
         void (Soak::*happen)(Seat& seat);
     };
     const bool isMortal = seat.number >= kLongLived;
-    // Each start-up leaves some kilobytes behind on purpose, which in practice there is one of.
-    const double reopening = isMortal ? 0.1 : seat.number > 0 ? 0.02 : 0;
+    const double reopening = seat.number > 0 ? 0.1 : 0;
     const Event events[] = {
         {0.3, !seat.isAlive() && seat.isListed, &Soak::removeCrashed},
         {0.5, !seat.isAlive(), &Soak::launch},
@@ -148,6 +175,37 @@ void Soak::happenTo(Seat& seat)
     }
 }
 
+std::unique_ptr<SoakProcess> Soak::newHost(const std::string& name)
+{
+    return std::make_unique<SoakProcess>(name, "host", QStringList{QString::number(m_random())});
+}
+
+/// In the middle of whatever it does. Its workbenches learn it: some leave, the others start up
+/// with the host that comes in its place, which also launches new ones.
+void Soak::crashHost()
+{
+    auto& host = m_hosts[kCrashing];
+    m_received += host->ask("received");
+    host->kill();
+    for (Seat* seat : seatsThat(&Seat::isAlive)) {
+        if (hostNumberOf(*seat) == kCrashing)
+            seat->process->expect("closed", "closed");
+    }
+    host = newHost("host2");
+    host->expect("work", "working");
+    for (Seat& seat : m_seats) {
+        if (hostNumberOf(seat) != kCrashing)
+            continue;
+        if (seat.isAlive() && seat.number >= kLongLived && chance(0.5))
+            leave(seat);
+        if (seat.isAlive())
+            openPipes(seat);
+        else
+            launch(seat);
+    }
+    ++m_counts["hosts crashed"];
+}
+
 void Soak::launch(Seat& seat)
 {
     seat.process = std::make_unique<SoakProcess>(
@@ -163,7 +221,7 @@ void Soak::launch(Seat& seat)
 
 void Soak::openPipes(Seat& seat)
 {
-    const std::string argument = m_host.ask("open " + std::to_string(seat.number));
+    const std::string argument = hostOf(seat).ask("open " + std::to_string(seat.number));
     seat.bursts = 0;
     seat.process->expect("start " + argument, "started");
     ++seat.starts;
@@ -173,9 +231,9 @@ void Soak::reopenPipes(Seat& seat)
 {
     const std::string number = std::to_string(seat.number);
     if (chance(0.5))
-        m_host.expect("garbage " + number, "garbage");
+        hostOf(seat).expect("garbage " + number, "garbage");
     else
-        m_host.expect("close " + number, "closed");
+        hostOf(seat).expect("close " + number, "closed");
     seat.process->expect("closed", "closed");
     openPipes(seat);
     ++m_counts["pipes reopened"];
@@ -197,7 +255,8 @@ void Soak::quit(Seat& seat)
 
 void Soak::leave(Seat& seat)
 {
-    quit(seat);
+    if (seat.isListed)
+        quit(seat);
     seat.process->expect("leave", "leaving");
     seat.process->expectEnd();
     seat.process.reset();
@@ -224,10 +283,10 @@ void Soak::removeCrashed(Seat& seat)
 void Soak::comeToRest()
 {
     askAll("rest", "resting");
-    m_host.expect("rest", "resting");
+    askHosts("rest", "resting");
     const auto alive = seatsThat(&Seat::isAlive);
     for (Seat* seat : alive) {
-        const std::string sent = m_host.ask("sent " + std::to_string(seat->number));
+        const std::string sent = hostOf(*seat).ask("sent " + std::to_string(seat->number));
         seat->process->expect("drain " + sent, "drained");
         const long long bursts = numbersIn(sent).at(0);
         m_counts["bursts of the host"] += bursts - std::exchange(seat->bursts, bursts);
@@ -235,7 +294,7 @@ void Soak::comeToRest()
     passMarks();
     for (Seat* seat : alive) {
         const std::string sent = seat->process->ask("sent");
-        m_host.expect("await " + std::to_string(seat->number) + ' ' + sent, "received");
+        hostOf(*seat).expect("await " + std::to_string(seat->number) + ' ' + sent, "received");
     }
 }
 
@@ -350,18 +409,18 @@ void Soak::sample()
         m_csv << '\n';
     };
     constexpr long long kNone = GrowthJudge::kNone;
-    auto values = numbersIn(m_host.ask("sample"));
-    m_judge.add("host", now,
-                {values.at(0), values.at(1), values.at(2), values.at(3), kNone, kNone});
-    values.resize(10, kNone);
-    write("host", values);
+    for (const auto& host : m_hosts) {
+        auto values = numbersIn(host->ask("sample"));
+        m_judge.add(host->name(), now, values);
+        values.resize(10, kNone);
+        write(host->name(), values);
+    }
     for (Seat* seat : seatsThat(&Seat::isAlive)) {
-        values = numbersIn(seat->process->ask("sample"));
+        auto values = numbersIn(seat->process->ask("sample"));
         const long long switchUs = std::exchange(seat->switchUs, kNone);
-        if (seat->number < kLongLived)
-            m_judge.add(
-                seat->name, now,
-                {values.at(0), values.at(1), values.at(2), values.at(3), values.at(5), switchUs});
+        m_judge.add(
+            seat->name, now,
+            {values.at(0), values.at(1), values.at(2), values.at(3), values.at(5), switchUs});
         values.push_back(switchUs);
         values.push_back(seat->starts);
         write(seat->name, values);
@@ -382,18 +441,15 @@ void Soak::tellProgress()
 /// Everybody goes properly, and nothing is left.
 void Soak::finish()
 {
-    const std::string received = m_host.ask("received");
+    for (const auto& host : m_hosts)
+        m_received += host->ask("received");
     for (const char* name : kOutbound) {
-        if (received.find(std::string(name) + ' ') == std::string::npos)
+        if (m_received.find(std::string(name) + ' ') == std::string::npos)
             throw SoakFailure(std::string("the host never got ") + name);
     }
     for (Seat& seat : m_seats) {
-        if (seat.isJoined())
+        if (seat.isAlive())
             leave(seat);
-        else if (seat.isAlive()) {
-            seat.process->expect("leave", "leaving");
-            seat.process->expectEnd();
-        }
     }
     Store::Content content;
     QString problem;

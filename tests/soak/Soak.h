@@ -7,11 +7,12 @@
 #include <QElapsedTimer>
 #include <QString>
 
+#include <array>
 #include <fstream>
 #include <functional>
 #include <random>
 
-/// Runs the host and the workbenches. Round by round they work, and while they do, something
+/// Runs the hosts and the workbenches. Round by round they work, and while they do, something
 /// happens to some of them; then they come to rest, and everything is compared with what it has to
 /// be. Any function fails with a SoakFailure.
 class Soak
@@ -19,14 +20,17 @@ class Soak
 public:
     Soak(unsigned seed, double seconds, const std::string& csvFile);
 
-    /// Whether nothing has grown.
-    bool run();
+    enum class Verdict { Flat, Grows, TooShortToTell };
+
+    Verdict run();
 
 private:
     void work();
     void pause();
     void happen();
     void happenTo(Seat& seat);
+    void crashHost();
+    std::unique_ptr<SoakProcess> newHost(const std::string& name);
     void launch(Seat& seat);
     void openPipes(Seat& seat);
     void reopenPipes(Seat& seat);
@@ -47,6 +51,9 @@ private:
     void finish();
 
     [[nodiscard]] std::vector<Seat*> seatsThat(bool (Seat::*condition)() const);
+    SoakProcess& hostOf(const Seat& seat) { return *m_hosts[hostNumberOf(seat)]; }
+    static std::size_t hostNumberOf(const Seat& seat);
+    void askHosts(const std::string& command, const std::string& expected);
     void askAll(const std::string& command, const std::string& expected);
     bool chance(double probability) { return std::bernoulli_distribution(probability)(m_random); }
     int any(int count) { return std::uniform_int_distribution<int>(0, count - 1)(m_random); }
@@ -59,7 +66,9 @@ private:
     double m_nextTold = 0;
     GrowthJudge m_judge;
     const Store m_store;
-    SoakProcess m_host;
+    /// The first one lives through the run, the second one crashes; each has every other seat.
+    std::array<std::unique_ptr<SoakProcess>, 2> m_hosts;
+    std::string m_received; ///< By the hosts that crashed.
     std::vector<Seat> m_seats;
     int m_mode = 1;
 

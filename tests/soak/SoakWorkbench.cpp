@@ -2,6 +2,7 @@
 
 #include "ipc/MultiAccount/MACodes.h"
 #include "tests/soak/Clock.h"
+#include "tests/soak/GrowthJudge.h"
 #include "tests/soak/Resources.h"
 #include "tests/support/RoleProcess.h"
 
@@ -257,7 +258,7 @@ std::string SoakWorkbench::sample()
     std::sort(m_latencies.begin(), m_latencies.end());
     for (const std::size_t percent : {50, 99, 100})
         text += ' ' + std::to_string(m_latencies.empty()
-                                         ? 0
+                                         ? GrowthJudge::kNone
                                          : m_latencies[(m_latencies.size() - 1) * percent / 100]);
     m_latencies.clear();
     return text;

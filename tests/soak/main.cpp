@@ -5,14 +5,29 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <exception>
 
 namespace {
 
 enum ExitCode { Fine = 0, Failed = 1, WrongUsage = 2 };
 
-} // namespace
+int tell(Soak::Verdict verdict)
+{
+    switch (verdict) {
+    case Soak::Verdict::Flat:
+        std::puts("PASSED");
+        return Fine;
+    case Soak::Verdict::TooShortToTell:
+        std::puts("PASSED, too short to judge growth");
+        return Fine;
+    case Soak::Verdict::Grows:
+        break;
+    }
+    std::puts("FAILED: something grows or was not measured");
+    return Failed;
+}
 
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     int exitCode = 0;
     if (Role::runAsAsked(argc, argv, exitCode))
@@ -33,21 +48,29 @@ int main(int argc, char** argv)
                                  QStringLiteral("File that the samples are written to."),
                                  QStringLiteral("file"));
     parser.addOptions({minutes, seed, csv});
-    const bool isParsed = parser.parse(QCoreApplication::arguments());
-    const double length = parser.value(minutes).toDouble();
-    if (!isParsed || length <= 0) {
+    if (!parser.parse(QCoreApplication::arguments())) {
         std::fputs("usage: Soak [--minutes N] [--seed N] [--csv FILE]\n", stderr);
+        return WrongUsage;
+    }
+    const double length = parser.value(minutes).toDouble();
+    if (!(length > 0)) {
+        std::fputs("Soak: --minutes takes a number above 0\n", stderr);
         return WrongUsage;
     }
     std::printf("seed %s, %g minutes\n", parser.value(seed).toLatin1().constData(), length);
     std::fflush(stdout);
+    Soak soak(parser.value(seed).toUInt(), 60 * length,
+              parser.value(csv).toLocal8Bit().toStdString());
+    return tell(soak.run());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        Soak soak(parser.value(seed).toUInt(), 60 * length,
-                  parser.value(csv).toLocal8Bit().toStdString());
-        const bool isFlat = soak.run();
-        std::puts(isFlat ? "PASSED" : "FAILED: something grows");
-        return isFlat ? Fine : Failed;
-    } catch (const SoakFailure& failure) {
+        return run(argc, argv);
+    } catch (const std::exception& failure) {
         std::printf("FAILED: %s\n", failure.what());
         return Failed;
     }
