@@ -65,27 +65,11 @@ public:
         return m_observers.size();
     }
 
-    std::vector<Call> calls() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_calls;
-    }
-
-    void ask(Call call, std::function<void()> answer)
+    void post(std::function<void()> task)
     {
         {
             const std::lock_guard lock(m_mutex);
-            m_calls.push_back(std::move(call));
-            m_tasks.push_back(std::move(answer));
-        }
-        m_taskAdded.notify_one();
-    }
-
-    void post(std::function<void()> report)
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_tasks.push_back(std::move(report));
+            m_tasks.push_back(std::move(task));
         }
         m_taskAdded.notify_one();
     }
@@ -183,7 +167,6 @@ private:
     std::condition_variable m_callEnded;
     bool m_stopping = false;
     std::deque<std::function<void()>> m_tasks;
-    std::vector<Call> m_calls;
     std::vector<QLoginObserver*> m_observers;
     const QLoginObserver* m_called = nullptr; // the one whose callback is running, or null
     std::map<std::string, Account> m_accounts;
@@ -207,37 +190,35 @@ void SimulatedLoginService::addAccount(const std::string& pin, const std::string
 }
 
 void SimulatedLoginService::hbxTokenLogin(const std::string& pin, const std::string& token,
-                                          const std::string& client, const std::string& extra,
-                                          int mode,
+                                          const std::string& /*client*/,
+                                          const std::string& /*extra*/, int /*mode*/,
                                           std::function<void(int, std::string)> completion)
 {
-    m_private->ask({"hbxTokenLogin", {pin, token, client, extra}, {mode}, completion != nullptr},
-                   [this, pin, token, completion] {
-                       const Result result = m_private->logIn(pin, token);
-                       if (completion)
-                           completion(result, kResultTexts[result]);
-                   });
+    m_private->post([this, pin, token, completion] {
+        const Result result = m_private->logIn(pin, token);
+        if (completion)
+            completion(result, kResultTexts[result]);
+    });
 }
 
-void SimulatedLoginService::changeCurrentPin(const std::string& application, const std::string& pin,
+void SimulatedLoginService::changeCurrentPin(const std::string& /*application*/,
+                                             const std::string& /*pin*/,
                                              std::function<void(int)> completion)
 {
-    m_private->ask({"changeCurrentPin", {application, pin}, {}, completion != nullptr},
-                   [completion] {
-                       if (completion)
-                           completion(Success);
-                   });
+    m_private->post([completion] {
+        if (completion)
+            completion(Success);
+    });
 }
 
-void SimulatedLoginService::switchPresence(int presence, int reason,
+void SimulatedLoginService::switchPresence(int presence, int /*reason*/,
                                            std::function<void(int)> completion)
 {
-    m_private->ask({"switchPresence", {}, {presence, reason}, completion != nullptr},
-                   [this, presence, completion] {
-                       const Result result = m_private->switchPresence(presence);
-                       if (completion)
-                           completion(result);
-                   });
+    m_private->post([this, presence, completion] {
+        const Result result = m_private->switchPresence(presence);
+        if (completion)
+            completion(result);
+    });
 }
 
 void SimulatedLoginService::addLoginObserver(QLoginObserver* observer)
@@ -268,9 +249,4 @@ void SimulatedLoginService::reportPresence(const std::string& pin, int before, i
 std::size_t SimulatedLoginService::observerCount() const
 {
     return m_private->observerCount();
-}
-
-std::vector<SimulatedLoginService::Call> SimulatedLoginService::calls() const
-{
-    return m_private->calls();
 }

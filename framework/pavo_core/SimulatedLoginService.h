@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 /// A login service without a server, for demonstrations and tests.
 ///
@@ -12,7 +11,7 @@
 /// of their registration, then the completion. Destruction waits for a callback that is running and
 /// drops the answers that are still due; the last owner must therefore not let go of the service
 /// inside a callback.
-class PAVO_CORE_EXPORT SimulatedLoginService final : public LoginService
+class PAVO_CORE_EXPORT SimulatedLoginService : public LoginService
 {
 public:
     /// Result codes of completions and login failures.
@@ -20,15 +19,6 @@ public:
 
     /// Presence of an account before and after its login.
     enum Presence { Offline = 0, Online = 1 };
-
-    /// One call made to the service: the function's name and its arguments by type, in order.
-    struct Call
-    {
-        std::string function;
-        std::vector<std::string> texts;
-        std::vector<int> numbers;
-        bool hasCompletion = false;
-    };
 
     SimulatedLoginService();
     ~SimulatedLoginService() override;
@@ -50,9 +40,6 @@ public:
     void reportPresence(const std::string& pin, int before, int now);
 
     [[nodiscard]] std::size_t observerCount() const;
-
-    /// The logins and changes asked for so far, in order.
-    [[nodiscard]] std::vector<Call> calls() const;
 
 private:
     Q_DISABLE_COPY(SimulatedLoginService)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "tests/support/ChannelFixture.h"
+#include "tests/support/RecordingLoginService.h"
 
 #include "pavo_core/PAVOCore.h"
-#include "pavo_core/SimulatedLoginService.h"
 
 /// A channel whose core has a login service that answers on its own thread.
 class LoginFixture : public ChannelFixture
@@ -13,9 +13,9 @@ protected:
     ~LoginFixture() override { PAVOCore::setShareInstance(nullptr); }
 
     /// The calls of one function that the service has had so far.
-    std::vector<SimulatedLoginService::Call> serviceCalls(const std::string& function) const
+    std::vector<RecordingLoginService::Call> serviceCalls(const std::string& function) const
     {
-        std::vector<SimulatedLoginService::Call> found;
+        std::vector<RecordingLoginService::Call> found;
         for (const auto& call : service->calls()) {
             if (call.function == function)
                 found.push_back(call);
@@ -31,7 +31,7 @@ protected:
         return fromWorkbench.messages().values().at(m_seen++).mid(4);
     }
 
-    std::shared_ptr<SimulatedLoginService> service = std::make_shared<SimulatedLoginService>();
+    std::shared_ptr<RecordingLoginService> service = std::make_shared<RecordingLoginService>();
     PAVOCore core{service};
 
 private:

@@ -230,7 +230,7 @@ private:
         return R"({"name":")" + name + R"(","arguments":)" + arguments + "}";
     }
 
-    static std::string describe(const SimulatedLoginService::Call& call)
+    static std::string describe(const RecordingLoginService::Call& call)
     {
         if (call.function == "switchPresence")
             return "presence " + std::to_string(call.numbers.at(0));

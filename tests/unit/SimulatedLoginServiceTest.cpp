@@ -167,27 +167,6 @@ TEST_F(SimulatedLoginServiceTest, emptyCallbacksAreNotCalled)
     service.removeLoginObserver(&silent);
 }
 
-TEST_F(SimulatedLoginServiceTest, recordsCalls)
-{
-    service.changeCurrentPin("app", "ann", [](int) {});
-    service.hbxTokenLogin("ann", "token", "client", "extra", 4, {});
-    service.switchPresence(2, 3, {});
-    const std::vector<SimulatedLoginService::Call> calls = service.calls();
-    ASSERT_EQ(calls.size(), 3U);
-    EXPECT_EQ(calls[0].function, "changeCurrentPin");
-    EXPECT_EQ(calls[0].texts, (Strings{"app", "ann"}));
-    EXPECT_EQ(calls[0].numbers, std::vector<int>{});
-    EXPECT_TRUE(calls[0].hasCompletion);
-    EXPECT_EQ(calls[1].function, "hbxTokenLogin");
-    EXPECT_EQ(calls[1].texts, (Strings{"ann", "token", "client", "extra"}));
-    EXPECT_EQ(calls[1].numbers, std::vector<int>{4});
-    EXPECT_FALSE(calls[1].hasCompletion);
-    EXPECT_EQ(calls[2].function, "switchPresence");
-    EXPECT_EQ(calls[2].texts, Strings{});
-    EXPECT_EQ(calls[2].numbers, (std::vector<int>{2, 3}));
-    EXPECT_FALSE(calls[2].hasCompletion);
-}
-
 TEST_F(SimulatedLoginServiceTest, answersOnOneOtherThreadInOrder)
 {
     std::vector<std::thread::id> threads; // touched by the service's thread, then by this one
