@@ -3,6 +3,10 @@
 #include "platform/posix/LastError.h"
 #include "platform/posix/PipeInstance.h"
 
+#include <QDir>
+#include <QFile>
+#include <QString>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -32,6 +36,7 @@ public:
     }
 
     DWORD error() const { return m_error; }
+    const UniqueFd& folder() const { return m_folder; }
 
 private:
     UniqueFd m_folder;
@@ -56,6 +61,17 @@ DWORD removeDeadSocket(const PipePlace& place)
     if (!dead)
         return ERROR_ACCESS_DENIED;
     return unlinkat(folder, place.file().c_str(), 0) == 0 ? ERROR_SUCCESS : errorFromErrno(errno);
+}
+
+// A host that was killed leaves its sockets, and whoever looks for a window has to pass them by.
+void removeDeadSockets(const UniqueFd& folder)
+{
+    const QString path = QStringLiteral("/proc/self/fd/%1/").arg(folder.get());
+    for (const QString& file : QDir(path).entryList(QDir::System)) {
+        PipePlace place;
+        if (PipePlace::find(QFile::encodeName(path + file), place) == ERROR_SUCCESS)
+            removeDeadSocket(place);
+    }
 }
 
 } // namespace
@@ -104,6 +120,9 @@ DWORD PipeBroker::listen()
     const NamesLock lock;
     if (lock.error() != ERROR_SUCCESS)
         return lock.error();
+    // Once a process is often enough for nothing to pile up.
+    static std::once_flag cleaned;
+    std::call_once(cleaned, removeDeadSockets, lock.folder());
     const DWORD error = removeDeadSocket(m_place);
     if (error != ERROR_SUCCESS)
         return error;

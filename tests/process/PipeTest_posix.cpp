@@ -284,6 +284,22 @@ TEST_F(PosixPipe, deadHostsSocketGivesWay)
     EXPECT_EQ(openPipe(m_name).error, ERROR_SUCCESS);
 }
 
+TEST_F(PosixPipe, deadHostsSocketsGoWithTheNextHost)
+{
+    RoleProcess living("host", {QStringLiteral("living")});
+    ASSERT_EQ(living.nextLine(), "0");
+    RoleProcess dead("host", {QStringLiteral("dead")});
+    ASSERT_EQ(dead.nextLine(), "0");
+    dead.kill();
+    EXPECT_EQ(filesIn(runtimeFolder()),
+              (QStringList{QStringLiteral("dead"), QStringLiteral("living")}));
+    RoleProcess next("host", {QStringLiteral("next")});
+    ASSERT_EQ(next.nextLine(), "0");
+    EXPECT_EQ(filesIn(runtimeFolder()),
+              (QStringList{QStringLiteral("living"), QStringLiteral("next")}));
+    EXPECT_EQ(openPipe("living").error, ERROR_SUCCESS);
+}
+
 TEST_F(PosixPipe, livingListenersAndFilesDoNotGiveWay)
 {
     const UniqueFd listener = listenAt(m_name);
