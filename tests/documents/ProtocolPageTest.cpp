@@ -339,7 +339,8 @@ TEST_P(InboundMessageTest, DoesWhatThePageSays)
     happens("before the main window", effectsOf(send));
     happens("when it is entered", effectsOf(enter));
     happens("in the main window", effectsOf(send));
-    EXPECT_EQ(onThePage, happened) << qPrintable(happened.join(QLatin1Char('\n')));
+    const QLatin1Char newLine('\n');
+    EXPECT_EQ(onThePage.join(newLine).toStdString(), happened.join(newLine).toStdString());
 }
 INSTANTIATE_TEST_SUITE_P(Page, InboundMessageTest, testing::ValuesIn(inbound()), nameOf);
 
@@ -362,12 +363,12 @@ TEST_F(FrameTest, OfTheWorkbenchHasTheBytesOnThePage)
 {
     const Section section = page().section(QStringLiteral("A frame of the workbench"));
     const QString dump = hexDump(receivedAfterTheCallOf(section));
-    EXPECT_EQ(onlyBlock(section, "text"), dump) << qPrintable(dump);
+    EXPECT_EQ(onlyBlock(section, "text").toStdString(), dump.toStdString());
 }
 
 TEST_F(FrameTest, OfATextThatIsNotAllAsciiLacksItsEnd)
 {
     const Section section = page().section(QStringLiteral("A text that is not all ASCII"));
     const QString dump = hexDump(receivedAfterTheCallOf(section));
-    EXPECT_EQ(onlyBlock(section, "text"), dump) << qPrintable(dump);
+    EXPECT_EQ(onlyBlock(section, "text").toStdString(), dump.toStdString());
 }
