@@ -1,0 +1,69 @@
+// A host in Node.js, which has no pipes of messages and so leaves them to pavo-host. It starts the
+// workbench that its arguments name, logs an account in, opens a conversation, changes the presence
+// and goes away:
+//
+//     node host.js PAVO_HOST WORKBENCH [ARGUMENTS...]
+
+"use strict";
+const { spawn } = require("child_process");
+const { once } = require("events");
+const readline = require("readline");
+
+const [pavoHost, ...workbench] = process.argv.slice(2);
+if (workbench.length === 0) {
+  console.error("usage: node host.js PAVO_HOST WORKBENCH [ARGUMENTS...]");
+  process.exit(2);
+}
+const bridge = spawn(pavoHost, ["--", ...workbench], { stdio: ["pipe", "pipe", "inherit"] });
+
+function send(name, ...values) {
+  console.log(">", name, JSON.stringify(values));
+  bridge.stdin.write(`${name} ${JSON.stringify(values)}\n`);
+}
+
+/** The workbench's messages; the other lines of pavo-host are shown as they are. */
+async function* receive() {
+  for await (const line of readline.createInterface({ input: bridge.stdout })) {
+    const [, name, values] = /^ *[\d.]+  host <--   (\w+) (.*)$/.exec(line) ?? [];
+    if (name) {
+      yield { name, values: JSON.parse(values) };
+    } else {
+      console.log(line);
+    }
+  }
+}
+const messages = receive();
+
+/** Reads until the message of that name has come. */
+async function waitFor(wanted) {
+  for (;;) {
+    const { done, value } = await messages.next();
+    if (done) {
+      throw new Error("the workbench has gone");
+    }
+    console.log("<", value.name, JSON.stringify(value.values));
+    if (value.name === wanted) {
+      return;
+    }
+  }
+}
+
+async function main() {
+  const ended = once(bridge, "close");
+  await waitFor("StartupCompleted");
+  send("Login", "waiter", false, 1, "desktop", "", "secret");
+  await waitFor("ChangeStatusCallback");
+  send("OpenLXWindow", "customer-7", 3, "order-42");
+  send("ChangeStatus", 2);
+  await waitFor("ChangeStatusCallback");
+
+  // pavo-host goes away, and the workbench leaves when its host does.
+  bridge.stdin.end();
+  while (!(await messages.next()).done);
+  [process.exitCode] = await ended;
+}
+
+main().catch((error) => {
+  console.error(error.message);
+  process.exitCode = 1;
+});
