@@ -23,18 +23,16 @@ void PrintTo(const Example& example, std::ostream* out)
     *out << example.name;
 }
 
-QString script(const char* name)
-{
-    return sourceFile(QStringLiteral("examples/host/") + QLatin1String(name));
-}
-
 std::vector<Example> examples()
 {
     std::vector<Example> all{{"Cpp", {QStringLiteral("example-host")}}};
 #ifndef Q_OS_WIN
-    all.push_back({"Python", {QStringLiteral(PAVO_PYTHON), script("host.py")}});
     all.push_back(
-        {"Node", {QStringLiteral(PAVO_NODE), script("host.js"), QStringLiteral("pavo-host")}});
+        {"Python",
+         {QStringLiteral(PAVO_PYTHON), sourceFile(QStringLiteral("examples/host/host.py"))}});
+    all.push_back({"Node",
+                   {QStringLiteral(PAVO_NODE), sourceFile(QStringLiteral("examples/host/host.js")),
+                    QStringLiteral("pavo-host")}});
 #endif
     return all;
 }
