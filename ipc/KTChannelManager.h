@@ -54,14 +54,18 @@ public:
     /// no callback for is dropped.
     void enterMainUI(unsigned int code, KTChannelObserver* observer);
 
-    /// \name What the workbench tells the host.
-    /// Any thread may call. The values are the caller's and the host's business: they are neither
-    /// checked nor changed, and texts are UTF-8. A message is dropped without a trace before
-    /// startUp() has succeeded and after the pipe is closed, and when its JSON text is longer than
-    /// 2043 UTF-16 units.
+    /// \name What the workbench tells the host
+    /// Any thread may call, and nobody waits for the host. The values are the caller's and the
+    /// host's business: they are neither checked nor changed, and texts are UTF-8. A message is
+    /// dropped without a trace before startUp() has succeeded and after the pipe is closed, and
+    /// when its JSON text is longer than 2043 UTF-16 units.
     /// @{
+
+    /// Asks the host to bring its own window up.
     void activePlatform();
+    /// The account's base information is `baseInfo` now.
     void baseInfoChanged(const std::string& baseInfo);
+    /// Initialisation after the login has come as far as `status`.
     void changeLoginInitStatus(int status);
     /// Tells the host's name of the skin `index`, "blue" for an index outside 0 to 5.
     void changeSkinCallback(int index);
@@ -69,13 +73,20 @@ public:
     void changeStatusCallback(int status);
     /// Has the host show `message`. `account` and `code` change nothing.
     void loginFailure(std::string account, long long code, std::string message);
+    /// Asks the host to open a plug-in.
     void openPlugin(const std::string& plugin, bool flag);
+    /// Asks the host to open a page of its settings.
     void openSetting(const std::string& setting);
+    /// Asks the host to open a page.
     void openUrl(const std::string& url, bool flag);
+    /// Has the tray's icon do something.
     void trayIconAction(bool flag, const std::string& text, int number);
+    /// `count` messages are unread.
     void unreadMsgChanged(int count);
+    /// Reports that a call of a server has failed.
     void UploadInterfaceException(int code, const QString& text1, const QString& text2,
                                   const QString& text3);
+    /// Reports that the embedded browser has failed.
     virtual void UploadCefException(int code, const QString& text1, const QString& text2,
                                     const QString& text3, const QString& text4,
                                     const QString& text5);

@@ -14,12 +14,17 @@
 /// Texts are UTF-8. A plain value.
 struct PAVO_IPC_EXPORT KTChannelObserver
 {
+    /// \name A plain value
+    /// @{
+
+    /// Constructs, copies, moves or destroys it member by member.
     KTChannelObserver();
     KTChannelObserver(const KTChannelObserver& other);
     KTChannelObserver(KTChannelObserver&& other) noexcept;
     KTChannelObserver& operator=(const KTChannelObserver& other);
     KTChannelObserver& operator=(KTChannelObserver&& other) noexcept;
     ~KTChannelObserver();
+    /// @}
 
     /// Open a conversation: (kind, second text, first text) of the host's request.
     std::function<void(int, std::string, std::string)> onOpenLXWindow;
@@ -27,10 +32,13 @@ struct PAVO_IPC_EXPORT KTChannelObserver
     std::function<void(std::string, std::string)> onOpenLXGroup;
     /// Show or hide the tray's unread-message list beside the given rectangle (screen pixels).
     std::function<void(bool, QRect)> onShowUnreadMessageList;
+    /// These hot keys are in force from now on, and no others.
     std::function<void(std::vector<KTKeyInfo>)> onHotKeyChanged;
+    /// These shortcuts are in force from now on, and no others.
     std::function<void(std::vector<KTKeyInfo>)> onShortcutChanged;
     /// Follow the skin of this index, 0 to 5.
     std::function<void(int)> onSkinChanged;
+    /// Open the page of the base-information settings.
     std::function<void()> onOpenBaseInfoSetting;
     /// Show the page of the given URL.
     std::function<void(std::string)> onRequest;

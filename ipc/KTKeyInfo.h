@@ -9,17 +9,24 @@
 /// One hot key or shortcut as the host defines it. A plain value.
 struct PAVO_IPC_EXPORT KTKeyInfo
 {
+    /// \name A plain value
+    /// @{
+
+    /// Constructs, copies, moves or destroys it member by member.
     KTKeyInfo();
     KTKeyInfo(const KTKeyInfo& other);
     KTKeyInfo(KTKeyInfo&& other) noexcept;
     KTKeyInfo& operator=(const KTKeyInfo& other);
     KTKeyInfo& operator=(KTKeyInfo&& other) noexcept;
     ~KTKeyInfo();
+    /// @}
 
     /// Whether the definition is in force; one that is not is handed on all the same.
     bool valid = false;
     /// What the key triggers (UTF-8, the host's own name for it).
     std::string functionName;
+    /// Qt::Key_unknown for a code of the host's that is no key.
     Qt::Key key = Qt::Key(0);
+    /// Of Alt, Control, Shift and Meta, which is the Windows key.
     Qt::KeyboardModifiers modifiers;
 };

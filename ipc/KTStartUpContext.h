@@ -13,12 +13,17 @@
 /// existed. Texts are UTF-8. A plain value.
 struct PAVO_IPC_EXPORT KTStartUpContext
 {
+    /// \name A plain value
+    /// @{
+
+    /// Constructs, copies, moves or destroys it member by member.
     KTStartUpContext();
     KTStartUpContext(const KTStartUpContext& other);
     KTStartUpContext(KTStartUpContext&& other) noexcept;
     KTStartUpContext& operator=(const KTStartUpContext& other);
     KTStartUpContext& operator=(KTStartUpContext&& other) noexcept;
     ~KTStartUpContext();
+    /// @}
 
     /// Called on the GUI thread with (1, account pin, skin name) when the host logs the workbench
     /// in, and with (-1, empty, empty) when the host goes away before the main window is entered.
@@ -27,13 +32,16 @@ struct PAVO_IPC_EXPORT KTStartUpContext
     /// login service's own thread.
     std::function<void(std::string, const QString)> pinChangedCallback;
 
-    /// The parked requests: each is replayed once when the main window is entered.
-    std::vector<KTKeyInfo> hotKeys;
-    std::vector<KTKeyInfo> shortcuts;
-    std::string skinName; ///< The workbench's own name of the skin; empty: none parked.
-    int windowType = 0;   ///< Above 0: a conversation is parked.
-    std::string windowText1;
-    std::string windowText2;
-    std::string groupText1;
-    std::string groupText2; ///< Not empty: a group is parked.
+    /// \name The parked requests
+    /// Each is replayed once when the main window is entered.
+    /// @{
+    std::vector<KTKeyInfo> hotKeys;   ///< Empty: none parked.
+    std::vector<KTKeyInfo> shortcuts; ///< Empty: none parked.
+    std::string skinName;             ///< The workbench's own name of the skin; empty: none parked.
+    int windowType = 0;               ///< A conversation's kind; above 0: it is parked.
+    std::string windowText1;          ///< Its second text.
+    std::string windowText2;          ///< Its first text.
+    std::string groupText1;           ///< A group's second text.
+    std::string groupText2;           ///< Its first text; not empty: it is parked.
+    /// @}
 };

@@ -9,23 +9,21 @@
 class PAVO_IPC_EXPORT MAAccountInfo
 {
 public:
-    std::string appID;
-    /// Tells accounts apart, together with `appID`.
-    std::string pin;
-    /// Class and title of the account's main window, by which other processes find it.
-    std::string className;
-    std::string title;
-    /// Place in the shared order; smaller comes first.
-    int idx = 0;
-    int unread = 0;
-    int unreadMark = 0;
-    int skin = 0;
-    int loginState = 0;
+    std::string appID;     ///< The kind of session that the account has.
+    std::string pin;       ///< Tells accounts apart, together with `appID`.
+    std::string className; ///< Class of the account's main window, by which others find it.
+    std::string title;     ///< Title of that window, likewise.
+    int idx = 0;           ///< Place in the shared order; smaller comes first.
+    int unread = 0;        ///< How many messages are unread.
+    int unreadMark = 0;    ///< 1 when more have come since the account was looked at, or else 0.
+    int skin = 0;          ///< Index of the skin, 0 to 5.
+    int loginState = 0;    ///< The account's presence, as the login service numbers it.
 
-    /// Callers rely on `skin` coming before `unread`.
+    /// Sets all members that it names. Callers rely on `newSkin` coming before `newUnread`.
     void setAccount(const std::string& newAppID, const std::string& newPin,
                     const std::string& newClassName, const std::string& newTitle, int newSkin,
                     int newUnread);
+    /// The same, and leaves the window as it was.
     void setAccount(const std::string& newAppID, const std::string& newPin, int newSkin,
                     int newUnread);
 

@@ -59,11 +59,13 @@ public:
     /// had it, and leaves the segment. Returns 1, or -1 when nothing was done.
     int quitCurrentAccount();
 
+    /// Whether this process's account has been entered, and not taken out since.
     [[nodiscard]] bool isInit() const;
     /// @}
 
-    /// Takes ownership; an observer held before is deleted.
+    /// Takes ownership; an observer held before is deleted. Null leaves none.
     void addObserver(MAObserver* observer);
+    /// Deletes the observer; nobody is told of anything from then on.
     void removeObserver();
 
     /// \name Queries
@@ -71,7 +73,9 @@ public:
 
     /// Whether this process shows its window: also before initManager() and in separate mode.
     bool isSelectedAccount();
+    /// How many accounts the list has; 0 also when it cannot be read.
     int loginAccountCount();
+    /// This process's own pin, empty before initManager().
     [[nodiscard]] std::string currentPin() const;
     /// Reads the selected account. When that fails, `out` is left as it was.
     bool selectedAccount(MASelectedAccount& out);
@@ -82,7 +86,9 @@ public:
     /// \name Switching between accounts
     /// @{
 
-    /// Hands the main window to another account's process.
+    /// Hands the main window to another account's process. Returns false, and does nothing, without
+    /// a pin in `account` or when the segment cannot be read; that the window is not there is only
+    /// logged.
     bool switchToAccount(MAAccountInfo account);
     /// Makes this process's account the selected one. Always true.
     bool switchToCurrentPin();
@@ -90,17 +96,28 @@ public:
     bool popupMainWindow(bool show);
     /// Asks the selected account's process to show or hide the merged window.
     void switchShowState();
-    /// Merged (1) or separate (0) windows. `notify` tells the own observer, too.
+    /// Merged (1) or separate (0) windows, for all processes. `notify` tells the own observer, too.
+    /// Before initManager() it is remembered for then.
     void changeMergeMode(int mode, bool notify);
     /// @}
 
     /// \name What the workbench reports
+    /// What is as it was is not told anew.
     /// @{
+
+    /// The user has hidden the merged window.
     void switchedHide();
+    /// The own window has this MAWindowState and, in screen pixels, this place. A null `rect` says
+    /// nothing of the place.
     void windowStateChanged(int state, const QRect& rect);
+    /// Index of the account's skin, 0 to 5.
     void changeCurrentSkin(int skin);
+    /// So many messages of this account are unread. More than before set its mark, unless it is in
+    /// front.
     void changeCurrentUnread(int count);
+    /// 1 when there is more to read than when the account was last looked at, or else 0.
     void changeCurrentUnreadMark(int mark);
+    /// The account's presence.
     void changeLoginState(int state);
     /// @}
 

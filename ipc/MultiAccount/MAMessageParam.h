@@ -6,6 +6,6 @@
 /// What goes with a message of the manager. A plain value.
 struct PAVO_IPC_EXPORT MAMessageParam
 {
-    MASelectedAccount selected;
-    std::list<MAAccountInfo> accounts;
+    MASelectedAccount selected;        ///< The account in front.
+    std::list<MAAccountInfo> accounts; ///< All accounts, in their order.
 };

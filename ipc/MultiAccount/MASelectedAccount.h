@@ -10,26 +10,25 @@ class QRect;
 class PAVO_IPC_EXPORT MASelectedAccount
 {
 public:
-    /// 1 while all accounts share one merged main window.
-    int mode = 1;
-    std::string appID;
-    std::string pin;
-    std::string className;
-    std::string title;
-    /// 1 normal, 2 minimised, 3 maximised, 4 hidden; 0 while none was reported.
-    int windowState = 0;
-    /// The window's rectangle as it last was in state 1.
-    int x = 0;
-    int y = 0;
-    int w = 0;
-    int h = 0;
+    int mode = 1;          ///< An MAMode: 1 while all accounts share one merged main window.
+    std::string appID;     ///< The kind of session that the account has.
+    std::string pin;       ///< The account's; empty when no account is in front.
+    std::string className; ///< Class of the window, by which other processes find it.
+    std::string title;     ///< Title of the window, likewise.
+    int windowState = 0;   ///< An MAWindowState; 0 while none was reported.
+    int x = 0;             ///< Left edge of the window as it last was in state 1, in screen pixels.
+    int y = 0;             ///< Upper edge, likewise.
+    int w = 0;             ///< Width, likewise; less than 1 while none was reported.
+    int h = 0;             ///< Height, likewise.
 
+    /// Puts an account in front; mode and window state stay.
     void setAccount(const std::string& newAppID, const std::string& newPin,
                     const std::string& newClassName, const std::string& newTitle);
 
     /// Remembers `rect` in state 1 only: in any other the window is not where it returns to.
     void setWindowRect(const QRect& rect, int state);
 
+    /// Whether all accounts share one merged main window.
     [[nodiscard]] bool mergeWindow() const;
 
     /// Takes every field from a JSON document, which may be followed by NUL bytes. A missing or
@@ -37,5 +36,6 @@ public:
     /// record. Returns false, with the record as it was, when the `length` bytes at `data` are no
     /// JSON document.
     bool parseJSON(const char* data, int length);
+    /// Every field, as a compact JSON object.
     [[nodiscard]] std::string toJSON() const;
 };
