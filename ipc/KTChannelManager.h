@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ipc/KTChannelObserver.h"
-#include "ipc/KTStartUpContext.h"
-#include "ipc/PavoIpcExport.h"
+#include "KTChannelObserver.h"
+#include "KTStartUpContext.h"
+#include "PavoIpcExport.h"
 
 #include <QObject>
 #include <QString>

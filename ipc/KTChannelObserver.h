@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ipc/KTKeyInfo.h"
-#include "ipc/PavoIpcExport.h"
+#include "KTKeyInfo.h"
+#include "PavoIpcExport.h"
 
 #include <QRect>
 

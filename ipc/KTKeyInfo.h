@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ipc/PavoIpcExport.h"
+#include "PavoIpcExport.h"
 
 #include <Qt>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ipc/MultiAccount/MACodes.h"
-#include "ipc/MultiAccount/MAObserver.h"
-#include "ipc/PavoIpcExport.h"
+#include "../PavoIpcExport.h"
+#include "MACodes.h"
+#include "MAObserver.h"
 
 #include <QRect>
 #include <QSharedMemory>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ipc/MultiAccount/MAAccountInfo.h"
-#include "ipc/MultiAccount/MASelectedAccount.h"
+#include "MAAccountInfo.h"
+#include "MASelectedAccount.h"
 
 #include <functional>
 

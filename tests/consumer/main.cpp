@@ -1,11 +1,17 @@
-#include "ipc/KTChannelManager.h"
-#include "ipc/MultiAccount/MAManager.h"
+#include <pavo_core/PAVOCore.h>
+#include <pavo_core/SimulatedLoginService.h>
+#include <pavo_ipc/KTChannelManager.h>
+#include <pavo_ipc/MultiAccount/MAManager.h>
+#include <pavo_ipc/PavoIpcVersion.h>
 
 #include <QCoreApplication>
 
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(PAVO_IPC_VERSION));
+    PAVOCore core(std::make_shared<SimulatedLoginService>());
+    PAVOCore::setShareInstance(&core);
     KTChannelManager* channel = KTChannelManager::sharedInstance();
     const bool started = channel->startUp(
         QStringLiteral("no pipes here"), [](int, std::string, const QString) {},

@@ -1,0 +1,68 @@
+# What is installed and where. The components are named PACKAGE, what programs need when they run,
+# PACKAGE_development, what is needed to build them, pavo_tools and pavo_debug.
+
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+if(WIN32)
+  set(pavo_library_folder ${CMAKE_INSTALL_BINDIR})
+else()
+  set(pavo_library_folder ${CMAKE_INSTALL_LIBDIR})
+  # Programs and libraries find each other wherever the folder that they are installed to is moved.
+  file(RELATIVE_PATH pavo_libraries_from_programs
+    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set(CMAKE_INSTALL_RPATH $ORIGIN $ORIGIN/${pavo_libraries_from_programs})
+  # And a framework that is installed elsewhere.
+  set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
+endif()
+
+# pavo_install_debug(COMPONENT FOLDER TARGETS...): what debuggers need of targets that are installed in
+# FOLDER as parts of COMPONENT. It is kept apart, where debuggers look for it.
+function(pavo_install_debug component folder)
+  foreach(target IN LISTS ARGN)
+    if(MSVC)
+      install(FILES $<TARGET_PDB_FILE:${target}> DESTINATION ${folder} COMPONENT pavo_debug OPTIONAL)
+    else()
+      set(debug $<TARGET_FILE:${target}>.debug)
+      add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> ${debug})
+      install(FILES ${debug} DESTINATION ${folder}/.debug COMPONENT pavo_debug)
+      install(CODE "execute_process(
+        COMMAND ${CMAKE_OBJCOPY} --strip-unneeded --add-gnu-debuglink=${debug}
+          \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}/$<TARGET_FILE_NAME:${target}>
+        COMMAND_ERROR_IS_FATAL ANY)" COMPONENT ${component})
+    endif()
+  endforeach()
+endfunction()
+
+# pavo_install_package(PACKAGE TARGETS...): libraries that find_package(PACKAGE) gives as pavo::...,
+# and pkg-config where it is usual. Their headers are left to the caller.
+function(pavo_install_package package)
+  set(development ${package}_development)
+  set(folder ${CMAKE_INSTALL_LIBDIR}/cmake/${package})
+  set_target_properties(${ARGN} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  install(TARGETS ${ARGN} EXPORT ${package}Targets
+    RUNTIME COMPONENT ${package}
+    LIBRARY COMPONENT ${package} NAMELINK_COMPONENT ${development}
+    ARCHIVE COMPONENT ${development}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  pavo_install_debug(${package} ${pavo_library_folder} ${ARGN})
+  install(EXPORT ${package}Targets NAMESPACE pavo:: DESTINATION ${folder} COMPONENT ${development})
+
+  set(generated ${CMAKE_CURRENT_BINARY_DIR}/${package})
+  configure_package_config_file(${PROJECT_SOURCE_DIR}/packaging/${package}Config.cmake.in
+    ${generated}Config.cmake INSTALL_DESTINATION ${folder})
+  # Below 1.0 a minor version may change the interface.
+  write_basic_package_version_file(${generated}ConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  install(FILES ${generated}Config.cmake ${generated}ConfigVersion.cmake
+    DESTINATION ${folder} COMPONENT ${development})
+
+  if(NOT WIN32)
+    set(folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    file(RELATIVE_PATH prefix_from_pc
+      ${CMAKE_INSTALL_PREFIX}/${folder} ${CMAKE_INSTALL_PREFIX})
+    configure_file(${PROJECT_SOURCE_DIR}/packaging/${package}.pc.in ${generated}.pc @ONLY)
+    install(FILES ${generated}.pc DESTINATION ${folder} COMPONENT ${development})
+  endif()
+endfunction()
