@@ -5,11 +5,12 @@ set(PAVO_SANITIZE "" CACHE STRING "Sanitizers of every target, as -fsanitize= ta
 
 add_library(pavo_build_options INTERFACE)
 if(MSVC)
-  target_compile_options(pavo_build_options INTERFACE /W4 /utf-8 $<$<BOOL:${PAVO_WERROR}>:/WX>)
+  set(options /W4 /utf-8 $<$<BOOL:${PAVO_WERROR}>:/WX>)
 else()
-  target_compile_options(pavo_build_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${PAVO_WERROR}>:-Werror>)
+  set(options -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${PAVO_WERROR}>:-Werror>)
 endif()
+# The compiler of Windows resources has others.
+target_compile_options(pavo_build_options INTERFACE "$<$<COMPILE_LANGUAGE:CXX>:${options}>")
 target_compile_definitions(pavo_build_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
   $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601>)

@@ -1,5 +1,6 @@
 #include "tools/pavo-accounts/Report.h"
 #include "tools/pavo-accounts/Unlock.h"
+#include "tools/support/Version.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -54,6 +55,7 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(description());
     const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption name(QStringLiteral("application"),
                                   QStringLiteral("The workbench's application name. By default "
                                                  "pavo-workbench."),
@@ -75,6 +77,10 @@ int main(int argc, char** argv)
         return fail(WrongUsage, parser.errorText());
     if (parser.isSet(help)) {
         print(parser.helpText().toStdString());
+        return Fine;
+    }
+    if (parser.isSet(version)) {
+        print(versionText().toStdString());
         return Fine;
     }
 

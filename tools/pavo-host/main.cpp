@@ -5,6 +5,7 @@
 #include "tools/pavo-host/Sessions.h"
 #include "tools/pavo-host/TimeLine.h"
 #include "tools/support/StandardInput.h"
+#include "tools/support/Version.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -50,6 +51,7 @@ int main(int argc, char** argv)
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Show this."));
+    const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption script(QStringLiteral("script"),
                                     QStringLiteral("Carry out the lines of <file>."),
                                     QStringLiteral("file"));
@@ -86,6 +88,10 @@ int main(int argc, char** argv)
     TimeLine timeLine;
     if (parser.isSet(help)) {
         timeLine.print(parser.helpText());
+        return Fine;
+    }
+    if (parser.isSet(version)) {
+        timeLine.print(versionText());
         return Fine;
     }
     if (parser.isSet(script) && parser.isSet(raw))

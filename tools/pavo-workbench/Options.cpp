@@ -5,6 +5,7 @@
 #include "tools/pavo-workbench/Say.h"
 #include "tools/pavo-workbench/Screen.h"
 #include "tools/pavo-workbench/Workbench.h"
+#include "tools/support/Version.h"
 
 #include <QCommandLineParser>
 
@@ -74,6 +75,7 @@ std::optional<Options> Options::parse(const QStringList& arguments, int& exitCod
     parser.setApplicationDescription(description());
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Show this."));
+    const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption headlessOption(
         QStringLiteral("headless"),
         QLatin1String(Screen::isBuiltIn()
@@ -117,6 +119,11 @@ std::optional<Options> Options::parse(const QStringList& arguments, int& exitCod
         return wrongUsage(parser.errorText());
     if (parser.isSet(help)) {
         std::fputs(parser.helpText().toUtf8().constData(), stdout);
+        exitCode = 0;
+        return std::nullopt;
+    }
+    if (parser.isSet(version)) {
+        std::fputs(versionText().toUtf8().constData(), stdout);
         exitCode = 0;
         return std::nullopt;
     }
