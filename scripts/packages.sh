@@ -14,6 +14,7 @@ packages_tsan="$packages_native $packages_sources libpcre2-dev zlib1g-dev"
 packages_fuzz="$packages_native clang libclang-rt-14-dev llvm"
 packages_soak="gnuplot-nox"
 packages_docs="doxygen graphviz fonts-dejavu-core"
+packages_package="$packages_windows file"
 packages_format="git clang-format"
 packages_lint="$packages_native clang-tidy"
 
