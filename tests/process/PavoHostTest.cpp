@@ -54,6 +54,11 @@ TEST(PavoHost, WrongUsageIsOneLineAndExitCode2)
         {QStringLiteral("--script"), QStringLiteral("no-such-file"), QStringLiteral("--raw")},
         timeout(0),
         {QStringLiteral("--timeout"), QStringLiteral("soon")},
+        {QStringLiteral("--color"), QStringLiteral("sometimes")},
+        {QStringLiteral("--show"), QStringLiteral("sent,nonsense")},
+        {QStringLiteral("--record"), QStringLiteral("no-such-folder/file")},
+        {QStringLiteral("--replay"), QStringLiteral("no-such-file")},
+        {QStringLiteral("--replay"), QStringLiteral("no-such-file"), QStringLiteral("--raw")},
     };
     for (const QStringList& usage : usages) {
         const ToolResult result = runTool(kHost, usage);
@@ -71,6 +76,7 @@ TEST(PavoHost, LineThatIsNotUnderstoodIsNamedBeforeAnythingIsDone)
         "bytes 123",        "wait",          "wait -1",       "wait a while",
         "close now",        "Login [",       "Login [1] [2]", "split 3",
         "workbench",        "text",          "say",           "help me",
+        "show nonsense",
     };
     for (const char* const line : lines) {
         const ScriptRun run(QByteArray("# a comment\n\n") + line + "\n");
@@ -106,6 +112,8 @@ TEST(PavoHost, EveryLineThatHelpListsIsAccepted)
         {"wait", "wait 1"},
         {"close", "close"},
         {"say", "say something"},
+        {"show", "show sent, received"},
+        {"messages", "messages Login,Change*"},
         {"examples", "examples"},
         {"help", "help"},
         {"#", "# a comment"},
@@ -240,6 +248,11 @@ TEST(PavoHost, WorkbenchOfANameIsOneOnly)
         EXPECT_EQ(result.exitCode, 1) << script.constData();
         EXPECT_TRUE(result.errors.contains(problem)) << result.errors.constData();
     }
+    const ToolResult first =
+        runTool(kHost, QStringList{QStringLiteral("--")} + headlessWorkbench(), "start\n");
+    EXPECT_EQ(first.exitCode, 1);
+    EXPECT_TRUE(first.errors.contains(":1: there is a first workbench already"))
+        << first.errors.constData();
     const ToolResult result = runTool(kHost, {}, "start a\n");
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.errors.contains("there is no command")) << result.errors.constData();

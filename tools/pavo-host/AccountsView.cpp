@@ -94,7 +94,7 @@ void AccountsView::finishLook()
     const QString text = fine ? viewText(json) : QStringLiteral("pavo-accounts has failed");
     if (text != m_text) {
         m_text = text;
-        m_timeLine.add(TimeLine::Accounts, text);
+        m_timeLine.add({Event::Accounts, text});
     }
     Q_EMIT changed();
     start();

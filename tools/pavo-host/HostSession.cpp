@@ -1,5 +1,6 @@
 #include "tools/pavo-host/HostSession.h"
 
+#include "tools/pavo-host/ScriptLines.h"
 #include "tools/support/Lines.h"
 
 #include <QMetaObject>
@@ -13,7 +14,7 @@ HostSession::HostSession(QString name, const QString& pipeName, TimeLine& timeLi
     , m_fromWorkbench(pipeName + QStringLiteral("-from-workbench"))
 {
     connect(&m_toWorkbench, &PipeWriter::opened, this, [this] {
-        note(TimeLine::Host, QStringLiteral("the workbench has opened the pipe it reads"));
+        note(Event::Host, QStringLiteral("the workbench has opened the pipe it reads"));
     });
     connect(&m_toWorkbench, &PipeWriter::written, this, [this] {
         --m_unwritten;
@@ -24,22 +25,19 @@ HostSession::HostSession(QString name, const QString& pipeName, TimeLine& timeLi
         Q_EMIT changed();
     });
     connect(&m_fromWorkbench, &PipeReader::opened, this, [this] {
-        note(TimeLine::Host, QStringLiteral("the workbench has opened the pipe it writes"));
+        note(Event::Host, QStringLiteral("the workbench has opened the pipe it writes"));
     });
-    connect(&m_fromWorkbench, &PipeReader::received, this, [this](const QByteArray& bytes) {
-        m_messages.emplace_back(bytes);
-        note(TimeLine::FromWorkbench, m_messages.back().text);
-        Q_EMIT changed();
-    });
+    connect(&m_fromWorkbench, &PipeReader::received, this,
+            QOverload<const QByteArray&>::of(&HostSession::takeMessage));
     connect(&m_fromWorkbench, &PipeReader::ended, this, [this] {
         // Of a launched workbench the end of its process counts.
         if (!m_launched)
             end();
     });
     connect(&m_process, &QProcess::readyReadStandardOutput, this,
-            [this] { takeOutput(TimeLine::Workbench, false); });
+            [this] { takeOutput(Event::Output, false); });
     connect(&m_process, &QProcess::readyReadStandardError, this,
-            [this] { takeOutput(TimeLine::WorkbenchLog, false); });
+            [this] { takeOutput(Event::Log, false); });
     connect(&m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             &HostSession::processFinished);
     if (hasPipes()) {
@@ -61,10 +59,11 @@ QString HostSession::argument() const
         .arg(m_toWorkbench.fullName(), m_fromWorkbench.fullName());
 }
 
-bool HostSession::launch(QStringList command)
+bool HostSession::launch(QStringList command, const QStringList& options)
 {
-    command << argument();
-    note(TimeLine::Host, QStringLiteral("launches %1").arg(command.join(QLatin1Char(' '))));
+    command << options << argument();
+    note(Event::Host, QStringLiteral("launches %1").arg(command.join(QLatin1Char(' '))),
+         ScriptLines::launched(m_name, options));
     m_launched = true;
     m_process.setProgram(command.takeFirst());
     m_process.setArguments(command);
@@ -80,15 +79,19 @@ void HostSession::send(const QByteArray& bytes)
         for (const char byte : bytes)
             pieces << QByteArray(1, byte);
     }
-    note(TimeLine::ToWorkbench,
-         Traffic(bytes).text + QLatin1String(pieces.size() > 1 ? " (byte by byte)" : ""));
+    const bool isSplit = pieces.size() > 1;
+    Traffic message(bytes);
+    message.text += QLatin1String(isSplit ? " (byte by byte)" : "");
+    noteMessage(Event::Sent, message,
+                QLatin1String(isSplit ? "split\n" : "") + ScriptLines::sent(bytes));
     ++m_unwritten;
     m_toWorkbench.write(pieces);
 }
 
 void HostSession::writeToStandardInput(const QString& line)
 {
-    note(TimeLine::Host, QStringLiteral("tells the workbench: %1").arg(line));
+    note(Event::Host, QStringLiteral("tells the workbench: %1").arg(line),
+         QStringLiteral("workbench %1").arg(line));
     m_process.write(line.toUtf8() + '\n');
 }
 
@@ -128,21 +131,36 @@ void HostSession::close()
     if (std::exchange(m_closed, true))
         return;
     expectEnd();
-    note(TimeLine::Host, QStringLiteral("goes away"));
+    note(Event::Host, QStringLiteral("goes away"), QStringLiteral("close"));
     m_toWorkbench.close();
     m_fromWorkbench.close();
 }
 
-void HostSession::note(TimeLine::Who who, const QString& text)
+void HostSession::note(Event::Kind kind, const QString& text, const QString& script)
 {
-    m_timeLine.add(who, m_name.isEmpty() ? text : QStringLiteral("%1: %2").arg(m_name, text));
+    m_timeLine.add({kind, text, m_name, {}, QJsonValue::Undefined, script});
 }
 
-void HostSession::takeOutput(TimeLine::Who channel, bool all)
+void HostSession::noteMessage(Event::Kind kind, const Traffic& message, const QString& script)
 {
-    Output& output = channel == TimeLine::Workbench ? m_output : m_log;
-    output.buffer += channel == TimeLine::Workbench ? m_process.readAllStandardOutput()
-                                                    : m_process.readAllStandardError();
+    m_timeLine.add({kind, message.text, m_name, message.name, message.arguments, script});
+}
+
+void HostSession::takeMessage(const QByteArray& bytes)
+{
+    const Traffic message(bytes);
+    // It depends on chance which of the last ones still come after the host has gone.
+    noteMessage(Event::Received, message, m_closed ? QString() : ScriptLines::received(message));
+    if (!m_closed)
+        m_messages.push_back(message);
+    Q_EMIT changed();
+}
+
+void HostSession::takeOutput(Event::Kind channel, bool all)
+{
+    Output& output = channel == Event::Output ? m_output : m_log;
+    output.buffer += channel == Event::Output ? m_process.readAllStandardOutput()
+                                              : m_process.readAllStandardError();
     const QStringList lines = all ? takeAllLines(output.buffer) : takeLines(output.buffer);
     for (const QString& line : lines)
         note(channel, line);
@@ -153,8 +171,8 @@ void HostSession::takeOutput(TimeLine::Who channel, bool all)
 
 void HostSession::processFinished()
 {
-    takeOutput(TimeLine::Workbench, true);
-    takeOutput(TimeLine::WorkbenchLog, true);
+    takeOutput(Event::Output, true);
+    takeOutput(Event::Log, true);
     m_fromWorkbench.drain();
     // Queued behind the messages that the pipe has just delivered.
     QMetaObject::invokeMethod(this, &HostSession::end, Qt::QueuedConnection);
@@ -163,6 +181,9 @@ void HostSession::processFinished()
 void HostSession::end()
 {
     m_ended = true;
-    note(TimeLine::Host, endText());
+    QString expectation = QStringLiteral("expect-exit");
+    if (m_launched)
+        expectation += QStringLiteral(" %1").arg(exitCode());
+    note(Event::Host, endText(), hasCrashed() ? QString() : expectation);
     Q_EMIT changed();
 }

@@ -29,8 +29,9 @@ public:
     bool hasPipes() const { return m_toWorkbench.isOpen() && m_fromWorkbench.isOpen(); }
     /// What a workbench has to be launched with.
     QString argument() const;
-    /// Launches a workbench with argument() as the last one; false when it cannot be started.
-    bool launch(QStringList command);
+    /// Launches a workbench with more options and, as the last one, argument(); false when it
+    /// cannot be started.
+    bool launch(QStringList command, const QStringList& options = {});
     bool wasLaunched() const { return m_launched; }
     bool isRunning() const { return m_process.state() == QProcess::Running; }
     TimeLine& timeLine() { return m_timeLine; }
@@ -68,8 +69,10 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void note(TimeLine::Who who, const QString& text);
-    void takeOutput(TimeLine::Who channel, bool all);
+    void note(Event::Kind kind, const QString& text, const QString& script = {});
+    void noteMessage(Event::Kind kind, const Traffic& message, const QString& script);
+    void takeMessage(const QByteArray& bytes);
+    void takeOutput(Event::Kind channel, bool all);
     void processFinished();
     void end();
 

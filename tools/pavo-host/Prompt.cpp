@@ -1,6 +1,5 @@
 #include "tools/pavo-host/Prompt.h"
 
-#include "tools/pavo-host/Complain.h"
 #include "tools/pavo-host/InboundMessages.h"
 #include "tools/pavo-host/Runner.h"
 #include "tools/pavo-host/Script.h"
@@ -8,7 +7,14 @@
 #include "tools/pavo-host/TimeLine.h"
 #include "tools/support/Lines.h"
 
+#include <cstdio>
 #include <utility>
+
+namespace {
+
+constexpr const char* kPrompt = "> ";
+
+} // namespace
 
 struct Prompt::Command
 {
@@ -24,33 +30,72 @@ const Prompt::Command Prompt::kCommands[] = {
     {"quit", "go away and end", &Prompt::quit},
 };
 
-Prompt::Prompt(Runner& runner, TimeLine& timeLine)
+Prompt::Prompt(Runner& runner, TimeLine& timeLine, bool isForPeople)
     : m_runner(runner)
     , m_timeLine(timeLine)
-    , m_interactive(StandardInput::isTerminal())
+    , m_interactive(isForPeople && StandardInput::isTerminal())
 {
-    connect(&m_input, &StandardInput::received, this, [this](const QByteArray& bytes) {
+}
+
+void Prompt::start()
+{
+    if (m_interactive) {
+        m_runner.setForgiving();
+        m_timeLine.print(QStringLiteral("\"help\" lists what can be said; a message's name can be "
+                                        "shortened.\n"));
+        m_editor = LineEditor::make(kPrompt, &Prompt::completions);
+    }
+    if (m_editor)
+        startEditor();
+    else
+        startPlain();
+}
+
+void Prompt::startEditor()
+{
+    connect(m_editor.get(), &LineEditor::entered, this, &Prompt::takeLine);
+    connect(m_editor.get(), &LineEditor::ended, &m_runner, &Runner::finish);
+    connect(m_editor.get(), &LineEditor::offers, this, [this](const QStringList& words) {
+        m_timeLine.print(words.join(QLatin1String("  ")) + QLatin1Char('\n'));
+    });
+    m_timeLine.shareTerminal([this] { m_editor->hide(); }, [this] { m_editor->show(); });
+    m_editor->start();
+}
+
+void Prompt::startPlain()
+{
+    const auto showPrompt = [this] {
+        if (!m_interactive)
+            return;
+        std::fputs(kPrompt, stdout);
+        std::fflush(stdout);
+    };
+    connect(&m_input, &StandardInput::received, this, [=](const QByteArray& bytes) {
         m_buffer += bytes;
         for (const QString& line : takeLines(m_buffer))
             takeLine(line);
+        showPrompt();
     });
     connect(&m_input, &StandardInput::ended, this, [this] {
         for (const QString& line : takeAllLines(m_buffer))
             takeLine(line);
         m_runner.finish();
     });
-    if (m_interactive) {
-        m_runner.setForgiving();
-        connect(&m_runner, &Runner::idle, this, [this] { m_timeLine.showPrompt(); });
-    }
+    if (m_interactive)
+        m_timeLine.shareTerminal([] { std::fputc('\r', stdout); }, showPrompt);
+    showPrompt();
+    m_input.start();
 }
 
-void Prompt::start()
+QStringList Prompt::completions(const QString& word)
 {
-    m_input.start();
-    if (m_interactive)
-        m_timeLine.print(QStringLiteral("\"help\" lists what can be said; a message's name can be "
-                                        "shortened.\n"));
+    QStringList words = InboundMessages::names(word) + ScriptCommands::names(word);
+    for (const Command& command : kCommands) {
+        const QString name = QLatin1String(command.name);
+        if (name.startsWith(word) && !words.contains(name))
+            words << name;
+    }
+    return words;
 }
 
 void Prompt::takeLine(const QString& line)
@@ -59,7 +104,6 @@ void Prompt::takeLine(const QString& line)
     const QString text = line.trimmed();
     if (m_interactive) {
         takeTyped(text);
-        m_timeLine.showPrompt();
     } else if (!Script::isBlank(text)) {
         parse(text, QStringLiteral("standard input:%1").arg(m_lineNumber));
     }
@@ -94,7 +138,7 @@ void Prompt::parse(const QString& line, const QString& place)
         m_runner.add(std::move(*step));
         return;
     }
-    complain(place, problem);
+    m_timeLine.complain(place, problem);
     if (!m_interactive)
         Q_EMIT failed();
 }
@@ -103,7 +147,7 @@ void Prompt::repeat(const QString& number)
 {
     const int index = number.isEmpty() ? m_history.size() - 1 : number.toInt() - 1;
     if (index < 0 || index >= m_history.size()) {
-        complain(QString(), QStringLiteral("there is no such line"));
+        m_timeLine.complain(QString(), QStringLiteral("there is no such line"));
         return;
     }
     takeTyped(QString(m_history.at(index)));

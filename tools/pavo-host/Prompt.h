@@ -1,9 +1,12 @@
 #pragma once
 
+#include "tools/pavo-host/LineEditor.h"
 #include "tools/support/StandardInput.h"
 
 #include <QObject>
 #include <QStringList>
+
+#include <memory>
 
 class Runner;
 class TimeLine;
@@ -14,7 +17,8 @@ class Prompt : public QObject
     Q_OBJECT
 
 public:
-    Prompt(Runner& runner, TimeLine& timeLine);
+    /// Programs are not prompted.
+    Prompt(Runner& runner, TimeLine& timeLine, bool isForPeople);
 
     void start();
 
@@ -26,6 +30,9 @@ private:
     struct Command;
     static const Command kCommands[];
 
+    void startEditor();
+    void startPlain();
+    static QStringList completions(const QString& word);
     void takeLine(const QString& line);
     void takeTyped(const QString& line);
     void parse(const QString& line, const QString& place);
@@ -38,6 +45,7 @@ private:
     Runner& m_runner;
     TimeLine& m_timeLine;
     const bool m_interactive;
+    std::unique_ptr<LineEditor> m_editor; ///< Null where there is none.
     StandardInput m_input;
     QByteArray m_buffer;
     int m_lineNumber = 0;

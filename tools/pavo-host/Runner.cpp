@@ -1,13 +1,14 @@
 #include "tools/pavo-host/Runner.h"
 
-#include "tools/pavo-host/Complain.h"
 #include "tools/pavo-host/Script.h"
 #include "tools/pavo-host/Sessions.h"
+#include "tools/pavo-host/TimeLine.h"
 
 #include <utility>
 
-Runner::Runner(Sessions& sessions, int timeoutMs)
+Runner::Runner(Sessions& sessions, TimeLine& timeLine, int timeoutMs)
     : m_sessions(sessions)
+    , m_timeLine(timeLine)
     , m_timeoutMs(timeoutMs)
 {
     m_deadline.setSingleShot(true);
@@ -50,8 +51,6 @@ void Runner::advance()
             add(std::move(step));
     } else if (const HostSession* const ended = m_sessions.endedUnexpectedly()) {
         fail(QString(), ended->endText());
-    } else {
-        Q_EMIT idle();
     }
 }
 
@@ -100,7 +99,7 @@ void Runner::stepFailed(const QString& problem)
 
 void Runner::fail(const QString& place, const QString& problem)
 {
-    complain(place, problem);
+    m_timeLine.complain(place, problem);
     if (m_forgiving && !m_finishing && !m_sessions.endedUnexpectedly())
         return;
     m_done = true;

@@ -9,6 +9,7 @@
 #include <optional>
 
 class Sessions;
+class TimeLine;
 
 /// Takes one step after the other, each with a deadline, and ends with the first that fails.
 class Runner : public QObject
@@ -16,7 +17,7 @@ class Runner : public QObject
     Q_OBJECT
 
 public:
-    Runner(Sessions& sessions, int timeoutMs);
+    Runner(Sessions& sessions, TimeLine& timeLine, int timeoutMs);
 
     /// Lets failing steps be told and forgotten, as suits a prompt. The workbench's unexpected end
     /// still ends everything.
@@ -27,8 +28,6 @@ public:
     void finish();
 
 Q_SIGNALS:
-    /// There is no step to take at present.
-    void idle();
     void done(bool fine);
 
 private:
@@ -38,6 +37,7 @@ private:
     void fail(const QString& place, const QString& problem);
 
     Sessions& m_sessions;
+    TimeLine& m_timeLine;
     const int m_timeoutMs;
     bool m_forgiving = false;
     bool m_finishing = false;

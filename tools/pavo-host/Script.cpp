@@ -86,6 +86,22 @@ std::vector<Step> Script::farewell(const QStringList& names)
     return steps;
 }
 
+Step Script::nothingElse()
+{
+    return arrangeStep([](Sessions& sessions, QString& problem) {
+        const QStringList names = sessions.names();
+        for (const QString& name : names) {
+            sessions.select(name);
+            const std::optional<Traffic> message = sessions.current().takeMessage();
+            if (message) {
+                problem = QStringLiteral("the workbench has also said %1").arg(message->text);
+                return false;
+            }
+        }
+        return true;
+    });
+}
+
 QString Script::help()
 {
     using ScriptCommands::helpLine;

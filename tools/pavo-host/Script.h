@@ -23,6 +23,9 @@ std::optional<std::vector<Step>> read(const QString& fileName, QString& problem)
 /// What ends the sessions with these names: the host goes away, and launched workbenches follow.
 std::vector<Step> farewell(const QStringList& names);
 
+/// Fails if a workbench has said more than was expected of it.
+Step nothingElse();
+
 /// What can be written, a line each.
 QString help();
 

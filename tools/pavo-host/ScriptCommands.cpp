@@ -109,7 +109,7 @@ std::optional<Step> parseExpectAccounts(const QString& rest, QString& /*problem*
 std::optional<Step> parseStart(const QString& rest, QString& /*problem*/)
 {
     QStringList words = QProcess::splitCommand(rest);
-    const QString name = words.takeFirst();
+    const QString name = words.isEmpty() ? QString() : words.takeFirst();
     Step step = arrangeStep([name, words](Sessions& sessions, QString& problem) {
         return sessions.start(name, words, problem);
     });
@@ -190,7 +190,24 @@ std::optional<Step> parseClose(const QString& /*rest*/, QString& /*problem*/)
 
 std::optional<Step> parseSay(const QString& rest, QString& /*problem*/)
 {
-    return immediateStep([rest](HostSession& session) { session.timeLine().addHeading(rest); });
+    return immediateStep([rest](HostSession& session) {
+        session.timeLine().add({Event::Heading, rest});
+    });
+}
+
+std::optional<Step> parseShow(const QString& rest, QString& problem)
+{
+    const auto kinds = Filter::parseKinds(rest, problem);
+    if (!kinds)
+        return std::nullopt;
+    return immediateStep(
+        [kinds](HostSession& session) { session.timeLine().filter().setKinds(*kinds); });
+}
+
+std::optional<Step> parseMessages(const QString& rest, QString& /*problem*/)
+{
+    return immediateStep(
+        [rest](HostSession& session) { session.timeLine().filter().setNames(rest); });
 }
 
 std::optional<Step> parseExamples(const QString& /*rest*/, QString& /*problem*/)
@@ -223,15 +240,24 @@ constexpr Command kCommands[] = {
     {"expect-accounts", "TEXT",
      "the shared accounts are these, as the time line shows them; \"...\" stands for anything",
      parseExpectAccounts},
-    {"start", "NAME [OPTIONS]",
-     "launch a workbench, with more options, that the next lines are about; a script with this "
-     "launches none before",
+    {"start", "[NAME [OPTIONS]]",
+     "launch a workbench, with more options, that the next lines are about; without NAME the first "
+     "one, which a script with this does not have before",
      parseStart},
-    {"with", "NAME", "the next lines are about this workbench", parseWith},
+    {"with", "[NAME]", "the next lines are about this workbench; without NAME the first one",
+     parseWith},
     {"workbench", "LINE", "write a line to the workbench's standard input", parseWorkbench},
     {"wait", "MILLISECONDS", "let time pass", parseWait},
     {"close", "", "close both pipes: the host goes away", parseClose},
     {"say", "TEXT", "print a heading", parseSay},
+    {"show", "[KINDS]",
+     "show only these lines: host, sent, received, output, log, accounts, heading; several with "
+     "commas, all without KINDS",
+     parseShow},
+    {"messages", "[NAMES]",
+     "show only messages of these names; several with commas, \"*\" for any text, all without "
+     "NAMES",
+     parseMessages},
     {"examples", "", "list the messages with examples", parseExamples},
     {"help", "", "list what can be said", parseHelp},
 };
@@ -249,6 +275,17 @@ const Command* findCommand(const QString& name)
 bool ScriptCommands::has(const QString& name)
 {
     return findCommand(name) != nullptr;
+}
+
+QStringList ScriptCommands::names(const QString& prefix)
+{
+    QStringList found;
+    for (const Command& command : kCommands) {
+        const QString name = QLatin1String(command.name);
+        if (name.startsWith(prefix))
+            found << name;
+    }
+    return found;
 }
 
 std::optional<Step> ScriptCommands::parse(const QString& name, const QString& rest,

@@ -4,6 +4,7 @@
 
 #include <QJsonValue>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -11,6 +12,9 @@
 namespace ScriptCommands {
 
 bool has(const QString& name);
+
+/// Those that start with `prefix`.
+QStringList names(const QString& prefix);
 
 /// The step of the command `name`, which there is, with what follows its name; or nothing and what
 /// is wrong with that.

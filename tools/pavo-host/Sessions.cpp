@@ -23,16 +23,19 @@ bool Sessions::select(const QString& name)
 
 bool Sessions::start(const QString& name, const QStringList& options, QString& problem)
 {
-    if (m_command.isEmpty() || m_sessions.count(name) != 0) {
-        problem = m_command.isEmpty()
-                      ? QStringLiteral("there is no command to launch a workbench with")
-                      : QStringLiteral("there is a workbench %1 already").arg(name);
+    const bool isFirst = name.isEmpty();
+    if (m_command.isEmpty())
+        problem = QStringLiteral("there is no command to launch a workbench with");
+    else if (isFirst ? first().wasLaunched() : m_sessions.count(name) != 0)
+        problem = QStringLiteral("there is a %1 already")
+                      .arg(isFirst ? QStringLiteral("first workbench")
+                                   : QStringLiteral("workbench ") + name);
+    if (!problem.isEmpty())
         return false;
-    }
-    HostSession& session = add(name);
+    HostSession& session = isFirst ? first() : add(name);
     if (!session.hasPipes())
         problem = QStringLiteral("the pipes of %1 cannot be created").arg(name);
-    else if (!session.launch(m_command + options))
+    else if (!session.launch(m_command, options))
         problem = QStringLiteral("cannot start %1").arg(m_command.first());
     return problem.isEmpty() && select(name);
 }

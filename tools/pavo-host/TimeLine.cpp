@@ -1,54 +1,47 @@
 #include "tools/pavo-host/TimeLine.h"
 
+#include "tools/pavo-host/Complain.h"
+#include "tools/pavo-host/EventText.h"
+#include "tools/pavo-host/Recording.h"
+
 #include <QByteArray>
 
 #include <cstdio>
 #include <utility>
 
-namespace {
-
-// By Who.
-const char* const kColumns[] = {"host", "host -->", "host <--", "workbench", "its log", "accounts"};
-
-/// What comes from elsewhere must not move the terminal's cursor.
-QString printable(const QString& text)
+void TimeLine::add(const Event& event)
 {
-    QString result;
-    for (const QChar character : text) {
-        if (character.category() == QChar::Other_Control)
-            result += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
-        else
-            result += character;
-    }
-    return result;
+    const qint64 elapsedMs = m_clock.elapsed();
+    if (m_recording)
+        m_recording->add(event, elapsedMs);
+    if (!m_filter.shows(event))
+        return;
+    const double seconds = static_cast<double>(elapsedMs) / 1000;
+    const QByteArray bytes = (m_format == Json ? eventJson(event, seconds)
+                                               : eventText(event, seconds, m_format == Coloured))
+                                 .toUtf8();
+    write([&] {
+        std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
+        std::fflush(stdout);
+    });
 }
 
-} // namespace
-
-void TimeLine::add(Who who, const QString& text)
+void TimeLine::complain(const QString& place, const QString& problem)
 {
-    print(QStringLiteral("%1  %2  %3\n")
-              .arg(static_cast<double>(m_clock.elapsed()) / 1000, 8, 'f', 3)
-              .arg(QLatin1String(kColumns[who]), -9)
-              .arg(printable(text)));
+    write([&] { ::complain(place, problem); });
+    if (m_format == Json)
+        add({Event::Problem, place.isEmpty() ? problem : place + QStringLiteral(": ") + problem});
 }
 
-void TimeLine::addHeading(const QString& text)
+void TimeLine::shareTerminal(std::function<void()> hide, std::function<void()> show)
 {
-    print(QStringLiteral("\n== %1\n").arg(printable(text)));
+    m_hide = std::move(hide);
+    m_show = std::move(show);
 }
 
-void TimeLine::print(const QString& text)
+void TimeLine::write(const std::function<void()>& write) const
 {
-    if (std::exchange(m_atPrompt, false))
-        std::fputc('\r', stdout);
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
-    std::fflush(stdout);
-}
-
-void TimeLine::showPrompt()
-{
-    print(QStringLiteral("> "));
-    m_atPrompt = true;
+    m_hide();
+    write();
+    m_show();
 }

@@ -34,6 +34,11 @@ QByteArray frame(const QByteArray& payload)
     return bytes + payload;
 }
 
+QByteArray payloadOf(const QByteArray& bytes)
+{
+    return bytes.mid(kLengthSize);
+}
+
 QByteArray composeMessage(const QString& name, const QJsonValue& arguments)
 {
     static int number = 0;
@@ -49,7 +54,7 @@ Traffic::Traffic(const QByteArray& bytes)
 {
     const qint64 announced =
         bytes.size() < kLengthSize ? -1 : qFromLittleEndian<quint32>(bytes.constData());
-    const QByteArray payload = bytes.mid(kLengthSize);
+    const QByteArray payload = payloadOf(bytes);
     const QString payloadText = QString::fromUtf8(payload);
     if (announced > payload.size()) {
         // The length counts the bytes of the text, but only as many bytes as the text has UTF-16

@@ -7,6 +7,9 @@
 /// `payload` behind its length in bytes, as a packet travels on a pipe.
 QByteArray frame(const QByteArray& payload);
 
+/// What follows the length.
+QByteArray payloadOf(const QByteArray& bytes);
+
 /// A message of the host as JSON text. Each has a number of its own.
 QByteArray composeMessage(const QString& name, const QJsonValue& arguments);
 
