@@ -113,14 +113,15 @@ std::optional<Options> Options::parse(const QStringList& arguments, bool hasColo
     };
     if (!parser.parse(arguments))
         return wrongUsage(parser.errorText());
-    for (const auto& [option, text] :
-         {std::pair(&help, parser.helpText()), {&version, versionText()}}) {
-        if (!parser.isSet(*option))
-            continue;
+    const auto printed = [&](const QString& text) {
         std::fputs(text.toUtf8().constData(), stdout);
         exitCode = Fine;
         return std::nullopt;
-    }
+    };
+    if (parser.isSet(help))
+        return printed(parser.helpText());
+    if (parser.isSet(version))
+        return printed(versionText());
     if (int{parser.isSet(script)} + int{parser.isSet(replay)} + int{parser.isSet(raw)} > 1)
         return wrongUsage(QStringLiteral("--script, --replay and --raw exclude each other"));
     bool isNumber = false;
