@@ -46,6 +46,15 @@ TEST(PavoHost, HelpStatesExitCodesAndLines)
     EXPECT_TRUE(result.output.contains("expect-workbench TEXT"));
 }
 
+TEST(PavoHost, EveryToolTellsItsVersion)
+{
+    for (const char* const tool : {"pavo-host", "pavo-workbench", "pavo-accounts"}) {
+        const ToolResult result = runTool(QLatin1String(tool), {QStringLiteral("--version")});
+        EXPECT_EQ(result.exitCode, 0) << tool;
+        EXPECT_EQ(result.output.trimmed(), QByteArray(tool) + " " PAVO_VERSION);
+    }
+}
+
 TEST(PavoHost, WrongUsageIsOneLineAndExitCode2)
 {
     const QStringList usages[] = {

@@ -1,6 +1,6 @@
 #include "tools/pavo-accounts/Report.h"
 #include "tools/pavo-accounts/Unlock.h"
-#include "tools/support/Version.h"
+#include "tools/support/Questions.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -23,8 +23,9 @@ QString description()
         "\"remove\" takes the account of a process that crashed out of the list. Whether it has\n"
         "is judged by its window: as long as that is there, nothing is removed.\n"
         "\n"
-        "\"unlock\" is for workbenches that hang: it looks at the lock of the list, and frees one\n"
-        "that no workbench has that lives. It asks before it does.\n"
+        "\"unlock\" is for workbenches that hang: it looks at the lock of the list, and frees it "
+        "if\n"
+        "a program was killed with it that is none of the workbenches. It asks before it does.\n"
         "\n"
         "Exit codes:\n"
         "  0  fine, also if no process is running\n"
@@ -54,8 +55,7 @@ int main(int argc, char** argv)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(description());
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
+    const Questions questions(parser);
     const QCommandLineOption name(QStringLiteral("application"),
                                   QStringLiteral("The workbench's application name. By default "
                                                  "pavo-workbench."),
@@ -75,14 +75,8 @@ int main(int argc, char** argv)
                                  QStringLiteral("unlock]"));
     if (!parser.parse(QCoreApplication::arguments()))
         return fail(WrongUsage, parser.errorText());
-    if (parser.isSet(help)) {
-        print(parser.helpText().toStdString());
+    if (questions.areAnswered())
         return Fine;
-    }
-    if (parser.isSet(version)) {
-        print(versionText().toStdString());
-        return Fine;
-    }
 
     const Store store(parser.value(name));
     const QStringList command = parser.positionalArguments();

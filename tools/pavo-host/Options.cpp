@@ -2,12 +2,11 @@
 
 #include "tools/pavo-host/Complain.h"
 #include "tools/pavo-host/Script.h"
-#include "tools/support/Version.h"
+#include "tools/support/Questions.h"
 
 #include <QCommandLineParser>
 #include <QUuid>
 
-#include <cstdio>
 #include <limits>
 
 namespace {
@@ -52,9 +51,7 @@ std::optional<Options> Options::parse(const QStringList& arguments, bool hasColo
     QCommandLineParser parser;
     parser.setApplicationDescription(description());
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this."));
-    const QCommandLineOption version = parser.addVersionOption();
+    const Questions questions(parser);
     const QCommandLineOption script(QStringLiteral("script"),
                                     QStringLiteral("Carry out the lines of <file>."),
                                     QStringLiteral("file"));
@@ -99,7 +96,7 @@ std::optional<Options> Options::parse(const QStringList& arguments, bool hasColo
                        "pavo-workbench."),
         QStringLiteral("name"), QStringLiteral("pavo-workbench"));
     parser.addOptions(
-        {help, script, record, replay, raw, show, messages, json, colour, name, timeout, accounts});
+        {script, record, replay, raw, show, messages, json, colour, name, timeout, accounts});
     parser.addPositionalArgument(
         QStringLiteral("command"),
         QStringLiteral("The workbench to launch, with its arguments; the pipes' names are added as "
@@ -113,15 +110,10 @@ std::optional<Options> Options::parse(const QStringList& arguments, bool hasColo
     };
     if (!parser.parse(arguments))
         return wrongUsage(parser.errorText());
-    const auto printed = [&](const QString& text) {
-        std::fputs(text.toUtf8().constData(), stdout);
+    if (questions.areAnswered()) {
         exitCode = Fine;
         return std::nullopt;
-    };
-    if (parser.isSet(help))
-        return printed(parser.helpText());
-    if (parser.isSet(version))
-        return printed(versionText());
+    }
     if (int{parser.isSet(script)} + int{parser.isSet(replay)} + int{parser.isSet(raw)} > 1)
         return wrongUsage(QStringLiteral("--script, --replay and --raw exclude each other"));
     bool isNumber = false;

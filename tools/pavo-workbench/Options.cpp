@@ -5,12 +5,11 @@
 #include "tools/pavo-workbench/Say.h"
 #include "tools/pavo-workbench/Screen.h"
 #include "tools/pavo-workbench/Workbench.h"
-#include "tools/support/Version.h"
+#include "tools/support/Questions.h"
 
 #include <QCommandLineParser>
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 
 namespace {
@@ -73,9 +72,7 @@ std::optional<Options> Options::parse(const QStringList& arguments, int& exitCod
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(description());
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this."));
-    const QCommandLineOption version = parser.addVersionOption();
+    const Questions questions(parser);
     const QCommandLineOption headlessOption(
         QStringLiteral("headless"),
         QLatin1String(Screen::isBuiltIn()
@@ -104,8 +101,7 @@ std::optional<Options> Options::parse(const QStringList& arguments, int& exitCod
             "Log from this level on (off, error, warn, info, debug) to standard error or "
             "to a file. By default warn."),
         QStringLiteral("level[:file]"), QStringLiteral("warn"));
-    parser.addOptions(
-        {help, headlessOption, applicationOption, account, pin, waitEnterOption, log});
+    parser.addOptions({headlessOption, applicationOption, account, pin, waitEnterOption, log});
     parser.addPositionalArgument(QStringLiteral("channel"),
                                  QStringLiteral("The host's pipes, as it adds them: "
                                                 "pipe?param=READER&WRITER"));
@@ -117,13 +113,7 @@ std::optional<Options> Options::parse(const QStringList& arguments, int& exitCod
     };
     if (!parser.parse(arguments))
         return wrongUsage(parser.errorText());
-    if (parser.isSet(help)) {
-        std::fputs(parser.helpText().toUtf8().constData(), stdout);
-        exitCode = 0;
-        return std::nullopt;
-    }
-    if (parser.isSet(version)) {
-        std::fputs(versionText().toUtf8().constData(), stdout);
+    if (questions.areAnswered()) {
         exitCode = 0;
         return std::nullopt;
     }
