@@ -142,10 +142,16 @@ TEST_F(PavoHostRecord, ReplayFailsWhereTheWorkbenchSaysMore)
                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
             ASSERT_NE(end, INVALID_HANDLE_VALUE);
             const pavo::UniqueHandle owner(end);
+            // Who comes and goes before the host sees it has not been there.
+            QByteArray shown;
+            ASSERT_TRUE(waitUntil([&] {
+                shown += host.readAllStandardOutput();
+                return shown.contains("has opened the pipe it writes");
+            }));
             const QByteArray message = frame("{\"name\":\"ActivePlatform\",\"arguments\":[]}");
             DWORD written = 0;
-            ASSERT_TRUE(WriteFile(end, message.constData(),
-                                  static_cast<DWORD>(message.size()), &written, nullptr));
+            ASSERT_TRUE(WriteFile(end, message.constData(), static_cast<DWORD>(message.size()),
+                                  &written, nullptr));
         }
         ASSERT_TRUE(host.waitForFinished(kDeadlineMs));
         EXPECT_EQ(host.exitCode(), each.exitCode);

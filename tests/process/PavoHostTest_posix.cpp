@@ -1,9 +1,10 @@
-// The host's prompt at a terminal, which only this system gives a test.
+// What only this system gives a test: terminals, devices and permissions.
 
 #include "tests/process/Tool.h"
 #include "tests/support/RoleProcess.h"
 #include "tests/support/Wait.h"
 
+#include <QFile>
 #include <QProcess>
 
 #include <gtest/gtest.h>
@@ -62,6 +63,26 @@ private:
 };
 
 } // namespace
+
+TEST(PavoHostRecordTo, FullDeviceIsToldAndLeftAsItIs)
+{
+    const QString device = QStringLiteral("/dev/full");
+    const QFile::Permissions before = QFile::permissions(device);
+    const ToolResult result = ScriptRun("expect StartupCompleted\n")
+                                  .play(headlessWorkbench(), {QStringLiteral("--record"), device});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.errors.contains("the recording is not whole")) << result.errors.constData();
+    EXPECT_EQ(QFile::permissions(device), before);
+}
+
+TEST(PavoHostRecordTo, OnlyTheOwnerReadsAFile)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("recording.txt"));
+    EXPECT_EQ(ScriptRun("close\n").play({}, {QStringLiteral("--record"), file}).exitCode, 0);
+    EXPECT_EQ(QFile::permissions(file) & (QFile::ReadGroup | QFile::ReadOther),
+              QFile::Permissions());
+}
 
 TEST_F(PavoHostPrompt, CompletesNamesRepeatsAndForgives)
 {

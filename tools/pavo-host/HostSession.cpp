@@ -27,8 +27,7 @@ HostSession::HostSession(QString name, const QString& pipeName, TimeLine& timeLi
     connect(&m_fromWorkbench, &PipeReader::opened, this, [this] {
         note(Event::Host, QStringLiteral("the workbench has opened the pipe it writes"));
     });
-    connect(&m_fromWorkbench, &PipeReader::received, this,
-            QOverload<const QByteArray&>::of(&HostSession::takeMessage));
+    connect(&m_fromWorkbench, &PipeReader::received, this, &HostSession::receive);
     connect(&m_fromWorkbench, &PipeReader::ended, this, [this] {
         // Of a launched workbench the end of its process counts.
         if (!m_launched)
@@ -146,7 +145,7 @@ void HostSession::noteMessage(Event::Kind kind, const Traffic& message, const QS
     m_timeLine.add({kind, message.text, m_name, message.name, message.arguments, script});
 }
 
-void HostSession::takeMessage(const QByteArray& bytes)
+void HostSession::receive(const QByteArray& bytes)
 {
     const Traffic message(bytes);
     // It depends on chance which of the last ones still come after the host has gone.

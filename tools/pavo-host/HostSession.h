@@ -71,7 +71,7 @@ Q_SIGNALS:
 private:
     void note(Event::Kind kind, const QString& text, const QString& script = {});
     void noteMessage(Event::Kind kind, const Traffic& message, const QString& script);
-    void takeMessage(const QByteArray& bytes);
+    void receive(const QByteArray& bytes);
     void takeOutput(Event::Kind channel, bool all);
     void processFinished();
     void end();

@@ -17,8 +17,8 @@ public:
     /// The words that a line may start with, given how its first one starts.
     using Complete = std::function<QStringList(const QString& word)>;
 
-    /// Null unless standard input and output are a terminal, and where the system's terminals edit
-    /// lines themselves.
+    /// Null unless standard input and output are a terminal that understands control sequences, and
+    /// where the system's terminals edit lines themselves.
     static std::unique_ptr<LineEditor> make(const char* prompt, Complete complete);
 
     virtual void start() = 0;

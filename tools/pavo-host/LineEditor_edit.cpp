@@ -2,6 +2,8 @@
 
 #include "tools/pavo-host/LineHistory.h"
 #include "tools/pavo-host/TerminalMode.h"
+#include "tools/support/StandardInput.h"
+#include "tools/support/Terminal.h"
 
 #include <QSocketNotifier>
 
@@ -54,7 +56,9 @@ public:
         el_set(m_editor, EL_PROMPT, &KeyEditor::promptOf);
         el_set(m_editor, EL_GETCFN, &KeyEditor::nextCharacter);
         el_set(m_editor, EL_EDITOR, "emacs");
-        el_set(m_editor, EL_ADDFN, "complete", "complete the first word", &KeyEditor::completeWord);
+        // The narrow call would copy both texts and leave the copies behind.
+        el_wset(m_editor, EL_ADDFN, L"complete", L"complete the first word",
+                &KeyEditor::completeWord);
         el_set(m_editor, EL_BIND, "\t", "complete", nullptr);
         el_set(m_editor, EL_BIND, "^R", "ed-search-prev-history", nullptr);
         m_history.serve(m_editor);
@@ -185,7 +189,7 @@ private:
 
 std::unique_ptr<LineEditor> LineEditor::make(const char* prompt, Complete complete)
 {
-    if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0)
+    if (!StandardInput::isTerminal() || !Terminal().showsColours())
         return nullptr;
     return std::make_unique<KeyEditor>(prompt, std::move(complete));
 }

@@ -1,5 +1,7 @@
 #include "tools/pavo-host/Recording.h"
 
+#include <QFileInfo>
+
 namespace {
 
 /// Less than this is how long the host itself takes, or a script that leaves no time.
@@ -15,8 +17,10 @@ bool starts(const QString& text, const char* beginning)
 bool Recording::open(const QString& fileName, QString& problem)
 {
     m_file.setFileName(fileName);
+    // What is no file, a terminal for one, is not this program's to change.
     if (m_file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-        m_file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
+        (!QFileInfo(m_file).isFile() ||
+         m_file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)))
         return true;
     problem = QStringLiteral("%1: %2").arg(fileName, m_file.errorString());
     return false;

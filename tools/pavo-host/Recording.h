@@ -13,6 +13,8 @@ public:
     bool open(const QString& fileName, QString& problem);
 
     void add(const Event& event, qint64 elapsedMs);
+    /// Whether not all of it could be written.
+    bool hasFailed() const { return m_file.error() != QFile::NoError; }
 
 private:
     void write(const QString& line);

@@ -77,5 +77,9 @@ int main(int argc, char** argv)
         prompt.start();
         break;
     }
-    return QCoreApplication::exec();
+    exitCode = QCoreApplication::exec();
+    if (!recording.hasFailed())
+        return exitCode;
+    complain(QString(), QStringLiteral("the recording is not whole"));
+    return Failed;
 }
