@@ -1,0 +1,45 @@
+#include "bench/DBus.h"
+
+#include <QDBusMessage>
+
+namespace {
+
+constexpr const char* kPath = "/bench";
+constexpr const char* kInterface = "local.pavo.bench";
+
+} // namespace
+
+PrivateBus::PrivateBus()
+{
+    m_daemon.start(QStringLiteral("dbus-daemon"),
+                   {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                    QStringLiteral("--nopidfile"), QStringLiteral("--print-address")});
+    while (!m_daemon.canReadLine() && m_daemon.waitForReadyRead(-1))
+        continue;
+    m_address = QString::fromLocal8Bit(m_daemon.readLine().trimmed());
+}
+
+PrivateBus::~PrivateBus()
+{
+    m_daemon.terminate();
+    m_daemon.waitForFinished(-1);
+}
+
+QDBusConnection joinBus(const QString& address, const QString& name, QObject* object)
+{
+    QDBusConnection bus = QDBusConnection::connectToBus(address, name);
+    bus.registerObject(QLatin1String(kPath), QLatin1String(kInterface), object,
+                       QDBusConnection::ExportAllSlots);
+    bus.registerService(name);
+    return bus;
+}
+
+void callOverBus(const QDBusConnection& bus, const QString& name, const char* slot,
+                 const QVariantList& arguments)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        name, QLatin1String(kPath), QLatin1String(kInterface), QLatin1String(slot));
+    message.setArguments(arguments);
+    message.setAutoStartService(false);
+    bus.send(message);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+/// Everything that one contestant showed of one thing.
+struct Series
+{
+    std::string measurement;
+    int parameter; ///< accounts or processes; 0 where there is nothing to choose
+    std::string contestant;
+    std::string unit;
+    std::vector<double> samples;
+
+    [[nodiscard]] double percentile(double part) const;
+    [[nodiscard]] double median() const { return percentile(0.5); }
+};
+
+/// What a run has measured, in the order in which it came.
+class Figures
+{
+public:
+    void add(const std::string& measurement, int parameter, const std::string& contestant,
+             const std::string& unit, const std::vector<double>& samples);
+
+    /// The last lines are the targets, with what was reached.
+    void writeTable(std::ostream& out) const;
+    void writeJson(std::ostream& out) const;
+    /// One line a series, for gnuplot.
+    void writeColumns(std::ostream& out) const;
+
+private:
+    [[nodiscard]] const Series* find(const std::string& measurement, int parameter,
+                                     const std::string& contestant, const std::string& unit) const;
+
+    std::vector<Series> m_series;
+};

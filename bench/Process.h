@@ -1,0 +1,55 @@
+#pragma once
+
+#include "tests/support/RoleProcess.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// A clock that all processes share.
+inline std::int64_t nowNs()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+constexpr double kNsPerUs = 1000;
+
+/// What a contestant's process does all its life: the parent's lines are commands, each answered
+/// with one line; `run` takes a command and its argument.
+int obey(
+    const std::function<std::string(const std::string& command, const std::string& argument)>& run);
+
+/// Handles events until `condition` holds, looking at it after each batch of them.
+template<typename Condition>
+void handleEventsUntil(Condition condition)
+{
+    while (!condition())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+using Child = std::unique_ptr<RoleProcess>;
+
+/// Starts the role and waits until it has said that it is ready.
+Child startChild(const char* role, const QStringList& arguments);
+/// Says a command and returns the answer; a child without one ends the run.
+std::string ask(const Child& child, const std::string& command);
+std::string answerOf(const Child& child);
+
+std::vector<double> numbersIn(const std::string& line);
+std::string lineOf(const std::vector<double>& numbers);
+
+/// The processor time that this process has used, in microseconds.
+double processorTimeUs();
+/// The memory that this process has resident, in kilobytes; of `mappings` only those whose file has
+/// it in its name.
+double residentKb(const std::string& mappings = {});
+
+/// A name that nothing else on this machine has.
+QString uniqueName(const QString& role);

@@ -1,0 +1,70 @@
+// From the channel's start to the first message that the host reads.
+
+#include "bench/Measurements.h"
+#include "bench/Process.h"
+#include "bench/Targets.h"
+#include "bench/messages/Transport.h"
+#include "ipc/KTChannelManager.h"
+#include "pavo_base/Logger.h"
+#include "platform/HostPipe.h"
+
+namespace {
+
+constexpr const char* kRole = "starter";
+
+/// "start ADDRESS" answers with the moment at which it began.
+int beStarter(const QStringList& arguments)
+{
+    int argc = 0;
+    QCoreApplication application(argc, nullptr);
+    QCoreApplication::setApplicationName(uniqueName(QStringLiteral("starter")));
+    Logger::initialise(log4cplus::OFF_LOG_LEVEL);
+    const bool isLibrary = arguments[0] == QLatin1String(kLibrary);
+    std::unique_ptr<WorkbenchEnd> floor;
+    return obey([&](const std::string&, const std::string& address) {
+        const QString pipes = QString::fromStdString(address);
+        floor.reset();
+        const std::int64_t before = nowNs();
+        if (isLibrary) {
+            KTChannelManager* const channel = KTChannelManager::sharedInstance();
+            channel->startUp(QStringLiteral("pipe?param=") + pipes, nullptr, nullptr);
+            channel->enterMainUI(0, nullptr);
+        } else {
+            floor = makeFloorEnd(pipes);
+            floor->openUrl(linkOf(before));
+        }
+        return std::to_string(before);
+    });
+}
+
+const Role starterRole(kRole, &beStarter);
+
+double startOnce(const Child& starter)
+{
+    pavo::HostPipe toWorkbench(uniqueName(QStringLiteral("in")),
+                               pavo::HostPipe::Direction::HostWrites);
+    pavo::HostPipe fromWorkbench(uniqueName(QStringLiteral("out")),
+                                 pavo::HostPipe::Direction::HostReads);
+    starter->say(
+        "start " +
+        (toWorkbench.fullName() + QLatin1Char('&') + fromWorkbench.fullName()).toStdString());
+    QByteArray message;
+    toWorkbench.awaitClient();
+    fromWorkbench.awaitClient();
+    fromWorkbench.read(message);
+    const auto after = static_cast<double>(nowNs());
+    return (after - numbersIn(answerOf(starter))[0]) / kNsPerUs;
+}
+
+} // namespace
+
+void measureStart(const Effort& effort, Figures& figures)
+{
+    constexpr const char* kNames[] = {kLibrary, kFloor};
+    const Child starters[] = {startChild(kRole, {QLatin1String(kNames[0])}),
+                              startChild(kRole, {QLatin1String(kNames[1])})};
+    for (int i = 0; i < effort.starts * effort.rounds; ++i) {
+        for (std::size_t k = 0; k < 2; ++k)
+            figures.add("start", 0, kNames[k], kMicroseconds, {startOnce(starters[k])});
+    }
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+/// The names of contestants and units; what is measured under which name stands with its code.
+constexpr const char* kLibrary = "library";
+constexpr const char* kFloor = "floor";
+constexpr const char* kLocalSocket = "QLocalSocket+QJsonDocument";
+constexpr const char* kZeroMq = "ZeroMQ+jsoncpp";
+constexpr const char* kDBus = "QtDBus";
+constexpr const char* kBareLock = "floor without gate";
+constexpr const char* kQtSegment = "QSharedMemory+QJsonDocument";
+constexpr const char* kBoostSegment = "Boost.Interprocess";
+
+constexpr const char* kMicroseconds = "us";
+constexpr const char* kPerSecond = "messages/s";
+constexpr const char* kProcessorTime = "CPU us/message";
+constexpr const char* kKilobytes = "kB";
+
+/// What the library is to reach: the ratio of its median to another's, or to its own at another
+/// parameter.
+struct Target
+{
+    const char* measurement;
+    int parameter;
+    const char* unit;
+    const char* other;
+    int otherParameter;
+    bool atLeast; ///< otherwise at most
+    double limit;
+};
+
+constexpr bool kAtLeast = true;
+constexpr bool kAtMost = false;
+
+constexpr Target kTargets[] = {
+    {"inbound flood", 0, kPerSecond, kFloor, 0, kAtLeast, 0.85},
+    {"inbound flood", 0, kProcessorTime, kFloor, 0, kAtMost, 1.25},
+    {"inbound flood", 0, kPerSecond, kLocalSocket, 0, kAtLeast, 1},
+    {"inbound flood", 0, kPerSecond, kZeroMq, 0, kAtLeast, 1},
+    {"inbound flood", 0, kPerSecond, kDBus, 0, kAtLeast, 1},
+    {"inbound quiet", 0, kMicroseconds, kFloor, 0, kAtMost, 1.25},
+    {"outbound flood", 0, kPerSecond, kFloor, 0, kAtLeast, 0.85},
+    {"outbound flood", 0, kProcessorTime, kFloor, 0, kAtMost, 1.25},
+    {"outbound flood", 0, kPerSecond, kLocalSocket, 0, kAtLeast, 1},
+    {"outbound flood", 0, kPerSecond, kZeroMq, 0, kAtLeast, 1},
+    {"outbound flood", 0, kPerSecond, kDBus, 0, kAtLeast, 1},
+    {"outbound quiet", 0, kMicroseconds, kFloor, 0, kAtMost, 1.25},
+    {"switch, shown", 10, kMicroseconds, kFloor, 10, kAtMost, 1.5},
+    {"switch, done", 10, kMicroseconds, kFloor, 10, kAtMost, 1.5},
+    {"switch, shown", 10, kMicroseconds, kDBus, 10, kAtMost, 0.5},
+    {"switch, done", 10, kMicroseconds, kDBus, 10, kAtMost, 0.5},
+    {"store", 1, kMicroseconds, kFloor, 1, kAtMost, 1.2},
+    {"store", 10, kMicroseconds, kFloor, 10, kAtMost, 1.2},
+    {"store", 100, kMicroseconds, kFloor, 100, kAtMost, 1.2},
+    {"store", 500, kMicroseconds, kFloor, 500, kAtMost, 1.2},
+    // In proportion, with a fifth for what does not shrink with the size.
+    {"store", 500, kMicroseconds, kLibrary, 100, kAtMost, 5 * 1.2},
+    {"group, merging", 50, kMicroseconds, kLibrary, 10, kAtMost, 5 * 1.2},
+    {"group, separating", 50, kMicroseconds, kLibrary, 10, kAtMost, 25 * 1.2},
+};

@@ -1,0 +1,50 @@
+#include "bench/accounts/RawStore.h"
+
+#include "bench/messages/Json.h"
+
+#include <QCoreApplication>
+
+RawStore::RawStore(bool gated)
+    : m_memory(QCoreApplication::applicationName() + QLatin1String(kMASegmentSuffix))
+    , m_gated(gated)
+{
+    pavo::SegmentGate(m_memory).attach(kMASegmentSize);
+}
+
+RawStore::~RawStore()
+{
+    pavo::SegmentGate(m_memory).detach();
+}
+
+void RawStore::lock()
+{
+    if (m_gated)
+        m_gate.emplace(m_memory);
+    m_memory.lock();
+}
+
+void RawStore::unlock()
+{
+    m_memory.unlock();
+    m_gate.reset();
+}
+
+std::string RawStore::text(const MARegion& region) const
+{
+    const char* const begin = static_cast<const char*>(m_memory.constData()) + region.offset;
+    return {begin, qstrnlen(begin, static_cast<uint>(region.size))};
+}
+
+Json::Value RawStore::read(const MARegion& region) const
+{
+    const std::string copy = text(region);
+    Json::Value value;
+    if (!copy.empty())
+        parseByHand(copy.data(), copy.data() + copy.size(), value);
+    return value;
+}
+
+void RawStore::write(const MARegion& region, const Json::Value& value)
+{
+    write(region, writeByHand(value));
+}

@@ -1,0 +1,46 @@
+#include "bench/messages/Json.h"
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include <memory>
+#include <sstream>
+
+bool parseByHand(const char* begin, const char* end, Json::Value& out)
+{
+    thread_local const std::unique_ptr<Json::CharReader> reader(
+        Json::CharReaderBuilder().newCharReader());
+    return reader->parse(begin, end, &out, nullptr);
+}
+
+std::string writeByHand(const Json::Value& value)
+{
+    thread_local const std::unique_ptr<Json::StreamWriter> writer([] {
+        Json::StreamWriterBuilder builder;
+        builder["indentation"] = "";
+        return builder.newStreamWriter();
+    }());
+    std::ostringstream text;
+    writer->write(value, &text);
+    return text.str();
+}
+
+std::string requestedLink(const char* begin, const char* end)
+{
+    Json::Value root;
+    if (!parseByHand(begin, end, root) || root["name"].asString() != "Request")
+        return {};
+    return root["arguments"][0]["url"].asString();
+}
+
+std::string openUrlText(const std::string& link)
+{
+    Json::Value root;
+    root["name"] = "OpenUrl";
+    root["source"] = "lx";
+    root["sequence"] = 0;
+    Json::Value& arguments = root["arguments"];
+    arguments.append(link);
+    arguments.append(false);
+    return writeByHand(root);
+}
