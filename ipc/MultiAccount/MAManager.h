@@ -152,7 +152,8 @@ private:
     [[nodiscard]] bool isStoreOpen() const;
     [[nodiscard]] bool hasBytes(int size) const;
     void makeScratchBuffer();
-    const char* copyToScratch(const MARegion& region);
+    /// Copies the text of a region, so that it cannot change any more, and returns its length.
+    int copyToScratch(const MARegion& region);
 
     // Window messages.
     bool registerWindowMessage(const QString& name);

@@ -87,15 +87,12 @@ bool MAManager::hasBytes(int size) const
     return m_sharedMemory.constData() && m_sharedMemory.size() >= size;
 }
 
-const char* MAManager::copyToScratch(const MARegion& region)
+int MAManager::copyToScratch(const MARegion& region)
 {
-    char* const scratch = m_scratchBuffer.get();
-    const int present = region.presentIn(m_sharedMemory);
-    std::memset(scratch, 0, kScratchSize);
-    if (present > 0)
-        std::memcpy(scratch, static_cast<const char*>(m_sharedMemory.constData()) + region.offset,
-                    static_cast<std::size_t>(present));
-    return scratch;
+    const char* const text = static_cast<const char*>(m_sharedMemory.constData()) + region.offset;
+    const std::size_t length = qstrnlen(text, static_cast<uint>(region.presentIn(m_sharedMemory)));
+    std::memcpy(m_scratchBuffer.get(), text, length);
+    return static_cast<int>(length);
 }
 
 bool MAManager::readSelectedAccount(MASelectedAccount& out)
@@ -106,7 +103,8 @@ bool MAManager::readSelectedAccount(MASelectedAccount& out)
         LOG4CPLUS_ERROR(Logger::logger(), kUnusable);
         return false;
     }
-    out.parseJSON(copyToScratch(kMASelectedRegion), kMASelectedRegion.size);
+    const int length = copyToScratch(kMASelectedRegion);
+    out.parseJSON(m_scratchBuffer.get(), length);
     return true;
 }
 
@@ -119,7 +117,8 @@ bool MAManager::readAllAccount(std::list<MAAccountInfo>& out)
         LOG4CPLUS_ERROR(Logger::logger(), kUnusable);
         return false;
     }
-    MAAccountInfo::parseJSON(copyToScratch(kMAListRegion), kMAListRegion.size, out);
+    const int length = copyToScratch(kMAListRegion);
+    MAAccountInfo::parseJSON(m_scratchBuffer.get(), length, out);
     return true;
 }
 
