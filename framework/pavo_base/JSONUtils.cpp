@@ -1,49 +1,35 @@
 #include "pavo_base/JSONUtils.h"
 
+#include "pavo_base/JsonScanner.h"
+#include "pavo_base/JsonText.h"
+
 #include <json/reader.h>
-#include <json/writer.h>
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
-#include <sstream>
 #include <utility>
 
 namespace {
 
-std::unique_ptr<Json::CharReader> makeReader()
+// A reader takes longer to configure than to do its work and keeps state while it does it, so each
+// thread has one. It goes with its thread; static destructors and exit handlers come after that on
+// the main thread and get a new one, which stays until the process is gone.
+Json::CharReader& threadsReader()
 {
-    Json::CharReaderBuilder builder;
-    builder["failIfExtra"] = true;
-    builder["stackLimit"] = JSONUtils::kMaxDepth;
-    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
-}
-
-std::unique_ptr<Json::StreamWriter> makeWriter()
-{
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["commentStyle"] = "None";
-    builder["emitUTF8"] = true;
-    return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
-}
-
-// Readers and writers take longer to configure than to do their work and keep state while they do
-// it, so each thread has one. It goes with its thread; static destructors and exit handlers come
-// after that on the main thread and get a new one, which stays until the process is gone.
-template<typename Tool>
-Tool& perThread(std::unique_ptr<Tool> (*make)())
-{
-    thread_local Tool* tool = nullptr;
+    thread_local Json::CharReader* reader = nullptr;
     struct Cleaner
     {
-        ~Cleaner() { delete std::exchange(tool, nullptr); }
+        ~Cleaner() { delete std::exchange(reader, nullptr); }
     };
     thread_local const Cleaner cleaner;
-    if (!tool)
-        tool = make().release();
+    if (!reader) {
+        Json::CharReaderBuilder builder;
+        builder["failIfExtra"] = true;
+        builder["stackLimit"] = JSONUtils::kMaxDepth;
+        reader = builder.newCharReader();
+    }
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the cleaner runs when the thread ends
-    return *tool;
+    return *reader;
 }
 
 // jsoncpp's own settings against these leave gaps: it skips comments between the items of a
@@ -84,20 +70,14 @@ bool hasCommentOrTrailingComma(const char* position, const char* end)
 
 bool parse(const char* begin, const char* end, Json::Value& value)
 {
+    if (JsonScanner(begin, end).read(value))
+        return true;
     try {
         return !hasCommentOrTrailingComma(begin, end) &&
-               perThread(&makeReader).parse(begin, end, &value, nullptr);
+               threadsReader().parse(begin, end, &value, nullptr);
     } catch (const Json::Exception&) {
         return false; // nested too deeply
     }
-}
-
-bool isWithinDepth(const Json::Value& value, int levels)
-{
-    return levels > 0 &&
-           std::all_of(value.begin(), value.end(), [levels](const Json::Value& child) {
-               return isWithinDepth(child, levels - 1);
-           });
 }
 
 std::string asText(const Json::Value& value, const std::string& fallback)
@@ -242,9 +222,6 @@ void JSONUtils::put(std::string_view key, Json::Value value, Json::Value& object
 
 std::string JSONUtils::stringFromJSON(const Json::Value& value)
 {
-    if (!isWithinDepth(value, kMaxDepth))
-        return {};
-    std::ostringstream text;
-    perThread(&makeWriter).write(value, &text);
-    return text.str();
+    std::string text;
+    return appendJson(value, kMaxDepth, text) ? text : std::string();
 }

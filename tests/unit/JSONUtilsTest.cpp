@@ -1,6 +1,7 @@
 #include "pavo_base/JSONUtils.h"
 
 #include <gtest/gtest.h>
+#include <json/writer.h>
 
 #include <climits>
 #include <cstdio>
@@ -422,6 +423,25 @@ TEST(JSONUtils, writesCompactText)
     EXPECT_EQ(JSONUtils::stringFromJSON(commented), "1");
 }
 
+TEST(JSONUtils, writesWhatJsoncppWrites)
+{
+    Json::StreamWriterBuilder jsoncpp;
+    jsoncpp["indentation"] = "";
+    jsoncpp["emitUTF8"] = true;
+    Json::Value value;
+    for (int c = 0; c < 256; ++c) {
+        const std::string text = "a"s + static_cast<char>(c) + 'b';
+        value["texts"][text] = text;
+    }
+    for (const double number : {0.0, -0.0, 0.1, 1.0, -2.5e-7, 1e15, 1e16, 1e17,
+                                1.7976931348623157e308, 4.9e-324, 12345678901234567890.0, 1.0 / 3})
+        value["doubles"].append(number);
+    for (const Json::Value& number : {Json::Value(kMinInt64), Json::Value(Json::Value::maxInt64),
+                                      Json::Value(Json::Value::maxUInt64), Json::Value(0)})
+        value["integers"].append(number);
+    EXPECT_EQ(JSONUtils::stringFromJSON(value), Json::writeString(jsoncpp, value));
+}
+
 TEST(JSONUtils, threadsDoNotDisturbEachOther)
 {
     constexpr int kThreads = 8;
@@ -431,7 +451,7 @@ TEST(JSONUtils, threadsDoNotDisturbEachOther)
         threads.emplace_back([thread] {
             for (int round = 0; round < 300; ++round) {
                 Json::Value value;
-                const std::string text = R"({"name":"t)" + std::to_string(thread) +
+                const std::string text = R"({"name":"t\n)" + std::to_string(thread) +
                                          R"(","round":)" + std::to_string(round) + "}";
                 EXPECT_TRUE(JSONUtils::parseJSON(text, value));
                 EXPECT_EQ(JSONUtils::stringFromJSON(value), text);
@@ -448,10 +468,11 @@ TEST(JSONUtilsDeathTest, worksInExitHandlers)
     // log4cplus' threads are there from the start: the child has to begin anew.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto useAtExit = [] {
-        JSONUtils::stringFromJSON(parsed("[1]")); // what this thread keeps is gone at exit
-        std::atexit(
-            [] { std::fputs(JSONUtils::stringFromJSON(parsed("\"late\"")).c_str(), stderr); });
+        parsed("[0.5]"); // what this thread keeps is gone at exit
+        std::atexit([] {
+            std::fputs(JSONUtils::stringFromJSON(parsed("[\"late\",0.5]")).c_str(), stderr);
+        });
         std::exit(0);
     };
-    EXPECT_EXIT(useAtExit(), testing::ExitedWithCode(0), "\"late\"");
+    EXPECT_EXIT(useAtExit(), testing::ExitedWithCode(0), "late.,0.5");
 }
