@@ -50,7 +50,10 @@ struct MessageWindow::Data
             return false;
         fifo =
             UniqueFd(::openat(folder.get(), newName, O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
-        return fifo && ::renameat(folder.get(), newName, folder.get(), name) == 0;
+        if (!fifo || ::renameat(folder.get(), newName, folder.get(), name) != 0)
+            return false;
+        linkWindow(folder, name);
+        return true;
     }
 
     void deliver() const
@@ -82,7 +85,7 @@ MessageWindow::MessageWindow(const QString& className, const QString& title)
 MessageWindow::~MessageWindow()
 {
     if (m_data->handle)
-        ::unlinkat(m_data->folder.get(), m_data->name, 0);
+        unlinkWindow(m_data->folder, m_data->name);
 }
 
 HWND MessageWindow::handle() const

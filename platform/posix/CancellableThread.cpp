@@ -57,9 +57,12 @@ DWORD CancellableThread::waitFor(int fd, short events, Deadline deadline)
     // could end a later one.
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_waiting = false;
-    eventfd_t cancels = 0;
-    if (eventfd_read(m_wake.get(), &cancels) == 0)
+    if (m_cancelled) {
+        m_cancelled = false;
+        eventfd_t cancels = 0;
+        eventfd_read(m_wake.get(), &cancels);
         return ERROR_OPERATION_ABORTED;
+    }
     if (ready < 0)
         return posix::errorFromErrno(problem);
     return ready == 0 ? ERROR_SEM_TIMEOUT : ERROR_SUCCESS;
@@ -68,8 +71,10 @@ DWORD CancellableThread::waitFor(int fd, short events, Deadline deadline)
 void CancellableThread::cancel()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_waiting)
+    if (m_waiting && !m_cancelled) {
+        m_cancelled = true;
         eventfd_write(m_wake.get(), 1);
+    }
 }
 
 } // namespace pavo

@@ -35,6 +35,7 @@ private:
     const posix::UniqueFd m_wake;
     std::mutex m_mutex;
     bool m_waiting = false;
+    bool m_cancelled = false;
 };
 
 } // namespace pavo

@@ -64,9 +64,15 @@ std::string fileOfName(const char* name)
 DWORD openRuntimeFolder(UniqueFd& folder)
 {
     const std::string path = runtimeFolderPath();
-    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        return errorFromErrno(errno);
-    folder = UniqueFd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const auto openFolder = [&] {
+        return UniqueFd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    };
+    folder = openFolder();
+    if (!folder && errno == ENOENT) {
+        if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
+            return errorFromErrno(errno);
+        folder = openFolder();
+    }
     if (!folder)
         return errno == ENOTDIR ? ERROR_ACCESS_DENIED : errorFromErrno(errno);
     struct stat status = {};

@@ -8,7 +8,9 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -21,7 +23,14 @@ struct DirectoryCloser
 };
 
 constexpr char kPrefix[] = "window-";
+constexpr char kLinkPrefix[] = "title-";
 constexpr int kHandleDigits = 16;
+// Prefix, digest, handle and what separates them.
+constexpr int kFileNameLength = sizeof kPrefix - 1 + 40 + 1 + kHandleDigits;
+
+// The file of the window that this thread has found last: whoever looks for a window goes on to
+// post to it. No object, so that it outlives the thread's.
+thread_local char lastFound[kFileNameLength];
 
 QByteArray handleDigits(HWND window)
 {
@@ -49,11 +58,8 @@ UniqueFd openLiving(const UniqueFd& folder, const char* name)
 
 // Opens the first living window whose file name fits; `name` becomes that.
 template<typename Predicate>
-UniqueFd openFirst(Predicate fits, QByteArray& name)
+UniqueFd openFirst(const UniqueFd& folder, Predicate fits, QByteArray& name)
 {
-    UniqueFd folder;
-    if (openRuntimeFolder(folder) != ERROR_SUCCESS)
-        return {};
     // Of its own, since reading a directory moves a position that belongs to the opening.
     const std::unique_ptr<DIR, DirectoryCloser> directory(
         ::fdopendir(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
@@ -68,7 +74,39 @@ UniqueFd openFirst(Predicate fits, QByteArray& name)
     return {};
 }
 
+// The short cut to the windows of a file's class and title.
+QByteArray linkName(const QByteArray& fileName)
+{
+    constexpr int kDigestStart = sizeof kPrefix - 1;
+    return kLinkPrefix + fileName.mid(kDigestStart, fileName.lastIndexOf('-') - kDigestStart);
+}
+
+QByteArray linkTarget(const UniqueFd& folder, const QByteArray& link)
+{
+    QByteArray target(kFileNameLength + 1, '\0');
+    const ssize_t length =
+        ::readlinkat(folder.get(), link, target.data(), static_cast<std::size_t>(target.size()));
+    target.truncate(length == kFileNameLength ? kFileNameLength : 0);
+    return target;
+}
+
 } // namespace
+
+void linkWindow(const UniqueFd& folder, const QByteArray& fileName)
+{
+    const QByteArray newLink = ".link-" + fileName;
+    ::unlinkat(folder.get(), newLink, 0);
+    if (::symlinkat(fileName, folder.get(), newLink) == 0)
+        ::renameat(folder.get(), newLink, folder.get(), linkName(fileName));
+}
+
+void unlinkWindow(const UniqueFd& folder, const QByteArray& fileName)
+{
+    ::unlinkat(folder.get(), fileName, 0);
+    const QByteArray link = linkName(fileName);
+    if (linkTarget(folder, link) == fileName)
+        ::unlinkat(folder.get(), link, 0);
+}
 
 QByteArray windowFileName(const QString& className, const QString& title, HWND window)
 {
@@ -77,18 +115,31 @@ QByteArray windowFileName(const QString& className, const QString& title, HWND w
 
 HWND findWindow(const QString& className, const QString& title)
 {
-    const QByteArray prefix = namePrefix(className, title);
-    QByteArray name;
-    if (!openFirst([&](const QByteArray& each) { return each.startsWith(prefix); }, name))
+    UniqueFd folder;
+    if (openRuntimeFolder(folder) != ERROR_SUCCESS)
         return nullptr;
+    const QByteArray prefix = namePrefix(className, title);
+    const auto fits = [&](const QByteArray& each) {
+        return each.startsWith(prefix) && each.size() == kFileNameLength;
+    };
+    QByteArray name = linkTarget(folder, linkName(prefix));
+    if ((!fits(name) || !openLiving(folder, name)) && !openFirst(folder, fits, name))
+        return nullptr;
+    std::copy_n(name.constData(), kFileNameLength, lastFound);
     return windowHandle(name.right(kHandleDigits).toULongLong(nullptr, 16));
 }
 
 UniqueFd openWindow(HWND window, bool* isVisible)
 {
+    UniqueFd folder;
+    if (openRuntimeFolder(folder) != ERROR_SUCCESS)
+        return {};
     const QByteArray ending = '-' + handleDigits(window);
-    QByteArray name;
-    UniqueFd fifo = openFirst([&](const QByteArray& each) { return each.endsWith(ending); }, name);
+    QByteArray name(lastFound, kFileNameLength);
+    UniqueFd fifo = name.endsWith(ending) ? openLiving(folder, name) : UniqueFd();
+    if (!fifo)
+        fifo = openFirst(
+            folder, [&](const QByteArray& each) { return each.endsWith(ending); }, name);
     struct stat status = {};
     if (fifo && isVisible)
         *isVisible = ::fstat(fifo.get(), &status) == 0 && (status.st_mode & S_IXUSR) != 0;

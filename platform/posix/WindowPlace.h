@@ -15,6 +15,9 @@ namespace pavo::posix {
 // holds a digest of class and title, and the window's handle.
 //
 // The FIFO of a visible window is executable: that can be changed in one step.
+//
+// A link, named by the digest alone, leads to the latest window of a class and title. It is a short
+// cut past the list of all windows and no more than that: it may be missing or lead nowhere.
 
 // What is written to the FIFO for one post.
 struct PostedMessage
@@ -29,6 +32,10 @@ inline HWND windowHandle(std::uintptr_t number)
 {
     return reinterpret_cast<HWND>(number); // NOLINT(performance-no-int-to-ptr)
 }
+
+// Adds the short cut to a window that is there already, and removes a window with its short cut.
+void linkWindow(const UniqueFd& folder, const QByteArray& fileName);
+void unlinkWindow(const UniqueFd& folder, const QByteArray& fileName);
 
 QByteArray windowFileName(const QString& className, const QString& title, HWND window);
 

@@ -180,6 +180,25 @@ TEST_F(WindowTest, IsFoundByClassAndTitleWithoutRegardToCase)
     EXPECT_EQ(find(className, title), nullptr);
 }
 
+TEST_F(WindowTest, AnotherOfTheSameNameIsFoundWhenTheOneFoundHasGone)
+{
+    const QString name = unique(QStringLiteral("window"));
+    const pavo::MessageWindow first(name, name);
+    {
+        const pavo::MessageWindow second(name, name);
+        HWND found = find(name, name);
+        EXPECT_TRUE(found == first.handle() || found == second.handle());
+        EXPECT_TRUE(IsWindow(first.handle()));
+        EXPECT_TRUE(IsWindow(second.handle()));
+    }
+    EXPECT_EQ(find(name, name), first.handle());
+    RoleProcess peer("own-window", {name});
+    ASSERT_EQ(peer.nextLine(), "ready");
+    peer.kill();
+    EXPECT_TRUE(waitUntil([&] { return find(name, name) == first.handle(); }));
+    EXPECT_TRUE(PostMessageA(first.handle(), registerMessage(name), 1, 2));
+}
+
 TEST_F(WindowTest, OthersSeeWhetherItIsVisible)
 {
     const QString name = unique(QStringLiteral("window"));
