@@ -131,9 +131,12 @@ void inboundFlood(const Contestant& contestant, int count, Figures& figures)
 {
     ask(contestant.workbench, "receive " + std::to_string(count));
     const std::string link = linkOf(nowNs());
+    const double before = processorTimeUs();
     for (int i = 0; i < count; ++i)
         contestant.host->request(link);
     const std::vector<double> answer = numbersIn(answerOf(contestant.workbench));
+    figures.add("inbound flood", 0, contestant.name, kHostProcessorTime,
+                {(processorTimeUs() - before) / count});
     figures.add("inbound flood", 0, contestant.name, kPerSecond, {answer[0]});
     figures.add("inbound flood", 0, contestant.name, kProcessorTime, {answer[1]});
 }
@@ -154,10 +157,13 @@ void outboundFlood(const Contestant& contestant, int count, Figures& figures)
 {
     contestant.workbench->say("send " + std::to_string(count));
     contestant.host->nextLink();
+    const double before = processorTimeUs();
     const std::int64_t first = nowNs();
     for (int i = 1; i < count; ++i)
         contestant.host->nextLink();
     const auto duration = static_cast<double>(nowNs() - first);
+    figures.add("outbound flood", 0, contestant.name, kHostProcessorTime,
+                {(processorTimeUs() - before) / count});
     answerOf(contestant.workbench);
     const std::vector<double> used = numbersIn(ask(contestant.workbench, "used"));
     figures.add("outbound flood", 0, contestant.name, kPerSecond, {1e9 * (count - 1) / duration});

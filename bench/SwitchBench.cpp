@@ -2,6 +2,7 @@
 
 #include "bench/DBus.h"
 #include "bench/Measurements.h"
+#include "bench/accounts/DBusKeeper.h"
 #include "bench/accounts/ManagerProbe.h"
 #include "bench/accounts/MemberProcess.h"
 
@@ -31,9 +32,12 @@ struct Pair
 void measureSwitch(const Effort& effort, Figures& figures)
 {
     const PrivateBus bus;
+    const PrivateBus freeBus;
+    const Child keeper = startDBusKeeper(bus.address());
     std::vector<Pair> pairs;
     for (const MemberIndex kind : {kLibraryMember, kFloorMember, kDBusMember})
         pairs.emplace_back(kind, bus.address());
+    pairs.emplace_back(kFreeDBusMember, freeBus.address());
     for (const int size : kSizes) {
         for (const Pair& pair : pairs) {
             for (const Child& member : pair.members)

@@ -6,6 +6,7 @@ constexpr const char* kFloor = "floor";
 constexpr const char* kLocalSocket = "QLocalSocket+QJsonDocument";
 constexpr const char* kZeroMq = "ZeroMQ+jsoncpp";
 constexpr const char* kDBus = "QtDBus";
+constexpr const char* kFreeDBus = "QtDBus without a store";
 constexpr const char* kBareLock = "floor without gate";
 constexpr const char* kQtSegment = "QSharedMemory+QJsonDocument";
 constexpr const char* kBoostSegment = "Boost.Interprocess";
@@ -13,6 +14,7 @@ constexpr const char* kBoostSegment = "Boost.Interprocess";
 constexpr const char* kMicroseconds = "us";
 constexpr const char* kPerSecond = "messages/s";
 constexpr const char* kProcessorTime = "CPU us/message";
+constexpr const char* kHostProcessorTime = "host CPU us";
 constexpr const char* kKilobytes = "kB";
 
 /// What the library is to reach: the ratio of its median to another's, or to its own at another

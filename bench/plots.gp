@@ -31,7 +31,7 @@ set autoscale y
 set ylabel "median, µs"
 set xlabel "accounts in the list"
 set output folder."/switch.svg"
-plot for [name in "library floor QtDBus"] series("switch, done", name) using 2:5 title name
+plot for [name in "'library' 'floor' 'QtDBus' 'QtDBus without a store'"] series("switch, done", name) using 2:5 title name
 set output folder."/store.svg"
 plot for [name in "'library' 'floor' 'floor without gate' 'QSharedMemory+QJsonDocument' 'Boost.Interprocess'"] \
      series("store", name) using 2:5 title name

@@ -22,6 +22,7 @@ public:
 std::unique_ptr<Member> makeLibraryMember(const std::string& pin, const std::string& bus);
 std::unique_ptr<Member> makeFloorMember(const std::string& pin, const std::string& bus);
 std::unique_ptr<Member> makeDBusMember(const std::string& pin, const std::string& bus);
+std::unique_ptr<Member> makeFreeDBusMember(const std::string& pin, const std::string& bus);
 
 struct MemberKind
 {

@@ -6,6 +6,7 @@ const MemberKind kMemberKinds[] = {
     {kLibrary, &makeLibraryMember},
     {kFloor, &makeFloorMember},
     {kDBus, &makeDBusMember},
+    {kFreeDBus, &makeFreeDBusMember},
 };
 
 namespace {

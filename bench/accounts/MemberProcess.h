@@ -5,7 +5,7 @@
 #include "bench/accounts/Member.h"
 
 /// The kinds of members, by the names of their contestants.
-enum MemberIndex { kLibraryMember, kFloorMember, kDBusMember };
+enum MemberIndex { kLibraryMember, kFloorMember, kDBusMember, kFreeDBusMember };
 extern const MemberKind kMemberKinds[];
 
 /// Starts a member in a process of its own, in no group yet. It obeys "join" and "quit", which it
