@@ -43,8 +43,9 @@ int beMeasured(const QStringList& arguments)
             const int count = std::atoi(argument.c_str());
             int received = 0;
             end->onRequest = [&](const std::string& link) {
-                ++received;
                 end->openUrl(link);
+                if (++received == count)
+                    QCoreApplication::quit();
             };
             handleEventsUntil([&] { return received == count; });
             return "exchanged";

@@ -36,17 +36,20 @@ public:
             m_last = now;
             if (m_latencies.size() < m_latencies.capacity())
                 m_latencies.push_back(static_cast<double>(now - momentIn(link)) / kNsPerUs);
+            if (m_received == m_expected)
+                QCoreApplication::quit();
         };
     }
 
     std::string receive(int count)
     {
         m_received = 0;
+        m_expected = count;
         m_latencies.clear();
         m_latencies.reserve(static_cast<std::size_t>(std::min(count, 1000)));
         const double before = processorTimeUs();
         sayToParent("receiving");
-        handleEventsUntil([&] { return m_received == count; });
+        handleEventsUntil([&] { return m_received == m_expected; });
         std::vector<double> answer{1e9 * (count - 1) / static_cast<double>(m_last - m_first),
                                    (processorTimeUs() - before) / count};
         answer.insert(answer.end(), m_latencies.begin(), m_latencies.end());
@@ -79,6 +82,7 @@ public:
 private:
     WorkbenchEnd& m_end;
     int m_received = 0;
+    int m_expected = 0;
     std::int64_t m_first = 0;
     std::int64_t m_last = 0;
     std::vector<double> m_latencies;

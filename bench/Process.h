@@ -26,12 +26,12 @@ constexpr double kNsPerUs = 1000;
 int obey(
     const std::function<std::string(const std::string& command, const std::string& argument)>& run);
 
-/// Handles events until `condition` holds, looking at it after each batch of them.
+/// Handles events until `condition` holds; what makes it hold has to call QCoreApplication::quit().
 template<typename Condition>
 void handleEventsUntil(Condition condition)
 {
     while (!condition())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::exec();
 }
 
 using Child = std::unique_ptr<RoleProcess>;

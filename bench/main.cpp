@@ -39,6 +39,9 @@ int main(int argc, char** argv)
     if (Role::runAsAsked(argc, argv, exitCode))
         return exitCode;
     static const RuntimeFolder folder;
+    // Qt's own event dispatcher, which like the one of Windows wakes only a thread that sleeps; the
+    // one for desktops makes a system call of every post. Of the children, too.
+    qputenv("QT_NO_GLIB", "1");
     const QCoreApplication application(argc, argv);
     QStringList arguments = QCoreApplication::arguments().mid(1);
     const Effort& effort = arguments.removeAll(QStringLiteral("--quick")) > 0 ? kQuick : kFull;

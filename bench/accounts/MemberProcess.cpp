@@ -18,7 +18,10 @@ template<typename Act>
 std::string momentsOf(Member& member, Act act)
 {
     std::int64_t told = 0;
-    member.onTold = [&](int) { told = nowNs(); };
+    member.onTold = [&](int) {
+        told = nowNs();
+        QCoreApplication::quit();
+    };
     const std::int64_t before = nowNs();
     act();
     handleEventsUntil([&] { return told != 0; });

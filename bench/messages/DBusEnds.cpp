@@ -33,6 +33,7 @@ public Q_SLOTS:
     {
         Q_UNUSED(flag)
         m_links.push_back(link.toStdString());
+        QCoreApplication::quit();
     }
 
 private:
