@@ -16,7 +16,7 @@ struct Effort
 };
 
 constexpr Effort kQuick{3, 100, 10000, 20, 40, 3, 5, 100000};
-constexpr Effort kFull{9, 400, 50000, 100, 150, 10, 20, 1000000};
+constexpr Effort kFull{7, 300, 30000, 60, 100, 5, 10, 1000000};
 
 void measureMessages(const Effort& effort, Figures& figures);
 void measureSwitch(const Effort& effort, Figures& figures);

@@ -6,6 +6,7 @@
 #include "bench/messages/Transport.h"
 #include "pavo_base/Logger.h"
 
+#include <list>
 #include <thread>
 
 namespace {
@@ -113,6 +114,10 @@ struct Contestant
     {
         host->awaitWorkbench();
     }
+    /// A workbench ends when its host has gone.
+    ~Contestant() { host.reset(); }
+    Contestant(const Contestant&) = delete;
+    Contestant& operator=(const Contestant&) = delete;
 
     const char* name;
     std::unique_ptr<HostEnd> host;
@@ -178,7 +183,7 @@ void outboundFlood(const Contestant& contestant, int count, Figures& figures)
 
 void measureMessages(const Effort& effort, Figures& figures)
 {
-    std::vector<Contestant> contestants;
+    std::list<Contestant> contestants;
     for (const Transport& transport : kTransports)
         contestants.emplace_back(transport);
     for (int round = 0; round < effort.rounds; ++round) {

@@ -29,9 +29,16 @@ int obey(const std::function<std::string(const std::string&, const std::string&)
     }
 }
 
+void ChildEnder::operator()(RoleProcess* child) const
+{
+    child->say("");
+    child->waitForExit();
+    delete child;
+}
+
 Child startChild(const char* role, const QStringList& arguments)
 {
-    auto child = std::make_unique<RoleProcess>(role, arguments);
+    Child child(new RoleProcess(role, arguments));
     if (answerOf(child) != kReady) {
         std::cerr << "pavo-bench: " << role << " does not start\n";
         std::exit(1);

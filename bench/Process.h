@@ -34,7 +34,12 @@ void handleEventsUntil(Condition condition)
         QCoreApplication::exec();
 }
 
-using Child = std::unique_ptr<RoleProcess>;
+/// Has a process that obeys end by itself, so that it leaves nothing behind in the system.
+struct ChildEnder
+{
+    void operator()(RoleProcess* child) const;
+};
+using Child = std::unique_ptr<RoleProcess, ChildEnder>;
 
 /// Starts the role and waits until it has said that it is ready.
 Child startChild(const char* role, const QStringList& arguments);

@@ -23,10 +23,12 @@ int beStarter(const QStringList& arguments)
     std::unique_ptr<WorkbenchEnd> floor;
     return obey([&](const std::string&, const std::string& address) {
         const QString pipes = QString::fromStdString(address);
+        // What is left of the start before is no part of this one.
+        KTChannelManager* const channel = KTChannelManager::sharedInstance();
+        channel->startUp(QString(), nullptr, nullptr);
         floor.reset();
         const std::int64_t before = nowNs();
         if (isLibrary) {
-            KTChannelManager* const channel = KTChannelManager::sharedInstance();
             channel->startUp(QStringLiteral("pipe?param=") + pipes, nullptr, nullptr);
             channel->enterMainUI(0, nullptr);
         } else {

@@ -91,11 +91,4 @@ void measureStore(const Effort& effort, Figures& figures)
             }
         }
     }
-    // The last one out ends the segment.
-    for (const Contestant& each : contestants) {
-        for (const Child& user : each.users)
-            user->say("");
-        for (const Child& user : each.users)
-            user->waitForExit();
-    }
 }

@@ -33,7 +33,7 @@ void measureSwitch(const Effort& effort, Figures& figures)
 {
     const PrivateBus bus;
     const PrivateBus freeBus;
-    const Child keeper = startDBusKeeper(bus.address());
+    const auto keeper = startDBusKeeper(bus.address());
     std::vector<Pair> pairs;
     for (const MemberIndex kind : {kLibraryMember, kFloorMember, kDBusMember})
         pairs.emplace_back(kind, bus.address());

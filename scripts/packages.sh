@@ -15,7 +15,7 @@ packages_fuzz="$packages_native clang libclang-rt-14-dev llvm"
 packages_soak="gnuplot-nox"
 packages_docs="doxygen graphviz fonts-dejavu-core"
 packages_package="$packages_windows file"
-packages_bench="$packages_native libbenchmark-dev libzmq3-dev libboost-dev pkg-config dbus gnuplot-nox"
+packages_bench="$packages_native libbenchmark-dev libzmq3-dev libboost-dev dbus gnuplot-nox linux-perf"
 packages_format="git clang-format"
 packages_lint="$packages_native clang-tidy"
 

@@ -3,4 +3,4 @@
 #include "bench/Process.h"
 
 /// The process that keeps the list and the front for the members on the bus.
-Child startDBusKeeper(const QString& bus);
+std::unique_ptr<RoleProcess> startDBusKeeper(const QString& bus);

@@ -160,9 +160,11 @@ public Q_SLOTS:
 
 } // namespace
 
-Child startDBusKeeper(const QString& bus)
+std::unique_ptr<RoleProcess> startDBusKeeper(const QString& bus)
 {
-    return startChild(kRole, {bus});
+    auto keeper = std::make_unique<RoleProcess>(kRole, QStringList{bus});
+    keeper->nextLine();
+    return keeper;
 }
 
 std::unique_ptr<Member> makeDBusMember(const std::string& pin, const std::string& bus)
