@@ -2,6 +2,8 @@
 
 #include "pavo_base/JSONUtils.h"
 
+#include <utility>
+
 namespace {
 
 constexpr char kName[] = "name";
@@ -20,7 +22,8 @@ bool KTProcessMessage::fromJson(const QString& text)
     sequence = JSONUtils::optInt64(kSequence, root);
     name = JSONUtils::optString(kName, root);
     source = JSONUtils::optString(kSource, root);
-    arguments = JSONUtils::optObject(kArguments, root);
+    if (JSONUtils::isJSONObject(root))
+        arguments = std::move(root[kArguments]);
     return true;
 }
 
