@@ -24,21 +24,23 @@ int beMeasured(const QStringList& arguments)
     Logger::initialise(log4cplus::OFF_LOG_LEVEL);
     std::unique_ptr<WorkbenchEnd> end;
     MAManagerProbe manager;
-    return obey([&](const std::string& command, const std::string& argument) -> std::string {
+    const auto growthBy = [](const auto& act) {
         const double before = residentKb();
+        act();
+        return lineOf({residentKb() - before});
+    };
+    return obey([&](const std::string& command, const std::string& argument) -> std::string {
         if (command == "loaded")
-            return lineOf(
-                {residentKb("libpavo_") + residentKb("liblog4cplus") + residentKb("libjsoncpp")});
-        if (command == "open") {
-            end = makeLibraryEnd(arguments[0]);
-            return lineOf({residentKb() - before});
-        }
-        if (command == "joined") {
-            manager.initManager(kAppID, pinOf(0), kClassName, titleOf(pinOf(0)), 1);
-            manager.seed(accountsUpTo(kGroup));
-            manager.loginAccountCount();
-            return lineOf({residentKb() - before});
-        }
+            return lineOf({residentKbOf("libpavo_") + residentKbOf("liblog4cplus") +
+                           residentKbOf("libjsoncpp")});
+        if (command == "open")
+            return growthBy([&] { end = makeLibraryEnd(arguments[0]); });
+        if (command == "joined")
+            return growthBy([&] {
+                manager.initManager(kAppID, pinOf(0), kClassName, titleOf(pinOf(0)), 1);
+                manager.seed(accountsUpTo(kGroup));
+                manager.loginAccountCount();
+            });
         if (command == "exchange") {
             const int count = std::atoi(argument.c_str());
             int received = 0;
@@ -50,7 +52,7 @@ int beMeasured(const QStringList& arguments)
             handleEventsUntil([&] { return received == count; });
             return "exchanged";
         }
-        return lineOf({before});
+        return lineOf({residentKb()});
     });
 }
 

@@ -13,6 +13,25 @@ namespace {
 constexpr int kPatienceMs = 120000;
 constexpr const char* kReady = "ready";
 
+/// Adds up, in kilobytes, what is resident of those mappings in whose line `name` is.
+double residentIn(const char* listing, const std::string& name)
+{
+    std::ifstream file(listing);
+    double sum = 0;
+    bool counts = false;
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream words(line);
+        std::string first;
+        double kilobytes = 0;
+        words >> first;
+        if (first.back() != ':')
+            counts = line.find(name) != std::string::npos;
+        else if (counts && first == "Rss:" && words >> kilobytes)
+            sum += kilobytes;
+    }
+    return sum;
+}
+
 } // namespace
 
 int obey(const std::function<std::string(const std::string&, const std::string&)>& run)
@@ -90,22 +109,14 @@ double processorTimeUs()
     return us(usage.ru_utime) + us(usage.ru_stime);
 }
 
-double residentKb(const std::string& mappings)
+double residentKb()
 {
-    std::ifstream file("/proc/self/smaps");
-    double sum = 0;
-    bool counts = false;
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        std::string first;
-        double kilobytes = 0;
-        words >> first;
-        if (first.back() != ':')
-            counts = line.find(mappings) != std::string::npos;
-        else if (counts && first == "Rss:" && words >> kilobytes)
-            sum += kilobytes;
-    }
-    return sum;
+    return residentIn("/proc/self/smaps_rollup", {});
+}
+
+double residentKbOf(const std::string& name)
+{
+    return residentIn("/proc/self/smaps", name);
 }
 
 QString uniqueName(const QString& role)
