@@ -3,6 +3,7 @@
 #include "bench/accounts/ManagerProbe.h"
 #include "bench/accounts/Member.h"
 #include "bench/accounts/RawStore.h"
+#include "bench/messages/Json.h"
 #include "platform/MessageWindow.h"
 
 #include <QAbstractNativeEventFilter>
@@ -80,16 +81,19 @@ public:
     {
         m_message = RegisterWindowMessageW(messageName().c_str());
         m_store.emplace();
+        MAAccountInfo own;
+        own.setAccount(kAppID, m_pin, kClassName, titleOf(m_pin), 1, 0);
         m_store->lock();
         Json::Value list = m_store->read(kMAListRegion);
         if (!list.isArray())
             list = Json::Value(Json::arrayValue);
-        list.append(record());
+        list.append(valueOf(MAAccountInfo::toJSON({own}))[0]);
         m_store->write(kMAListRegion, list);
         if (m_store->read(kMASelectedRegion).isNull()) {
-            Json::Value selected = record();
-            selected["mode"] = 1;
-            m_store->write(kMASelectedRegion, selected);
+            MASelectedAccount selected;
+            selected.setAccount(kAppID, m_pin, kClassName, titleOf(m_pin));
+            selected.mode = kMAMerged;
+            m_store->write(kMASelectedRegion, selected.toJSON());
         }
         m_store->unlock();
     }
@@ -163,14 +167,11 @@ private:
         return (QCoreApplication::applicationName() + QLatin1String(kMAMessageSuffix))
             .toStdWString();
     }
-    Json::Value record() const
+    static Json::Value valueOf(const std::string& text)
     {
-        Json::Value account;
-        account["appID"] = kAppID;
-        account["pin"] = m_pin;
-        account["className"] = kClassName;
-        account["title"] = titleOf(m_pin);
-        return account;
+        Json::Value value;
+        parseByHand(text.data(), text.data() + text.size(), value);
+        return value;
     }
     void post(const std::string& title, unsigned code) const
     {
