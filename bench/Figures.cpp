@@ -69,7 +69,10 @@ void Figures::writeTable(std::ostream& out) const
 
 void Figures::writeJson(std::ostream& out) const
 {
-    Json::Value all(Json::arrayValue);
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["precision"] = 6;
+    const char* separator = "[";
     for (const Series& each : m_series) {
         Json::Value one;
         one["measurement"] = each.measurement;
@@ -79,12 +82,10 @@ void Figures::writeJson(std::ostream& out) const
         one["median"] = each.median();
         one["p99"] = each.percentile(0.99);
         one["samples"] = static_cast<Json::UInt64>(each.samples.size());
-        all.append(one);
+        out << separator << Json::writeString(builder, one);
+        separator = ",\n";
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = " ";
-    builder["precision"] = 6;
-    out << Json::writeString(builder, all) << '\n';
+    out << "]\n";
 }
 
 void Figures::writeColumns(std::ostream& out) const

@@ -74,8 +74,7 @@ void measureMemory(const Effort& effort, Figures& figures)
     const auto exchange = [&](int batches) {
         for (int i = 0; i < batches; ++i) {
             child->say("exchange " + std::to_string(kBatch));
-            for (int k = 0; k < kBatch; ++k)
-                host->request(link);
+            host->flood(link, kBatch);
             for (int k = 0; k < kBatch; ++k)
                 host->nextLink();
             answerOf(child);

@@ -16,6 +16,7 @@ constexpr std::chrono::milliseconds kQuietGap(1);
 
 constexpr Transport kTransports[] = {
     {kLibrary, &makePipeHost, &makeLibraryEnd},
+    {kGathered, &makeGatheringHost, &makeLibraryEnd},
     {kFloor, &makePipeHost, &makeFloorEnd},
     {kLocalSocket, &makeLocalSocketHost, &makeLocalSocketEnd},
     {kZeroMq, &makeZeroMqHost, &makeZeroMqEnd},
@@ -141,8 +142,7 @@ void inboundFlood(const Contestant& contestant, int count, Figures& figures)
     ask(contestant.workbench, "receive " + std::to_string(count));
     const std::string link = linkOf(nowNs());
     const double before = processorTimeUs();
-    for (int i = 0; i < count; ++i)
-        contestant.host->request(link);
+    contestant.host->flood(link, count);
     const std::vector<double> answer = numbersIn(answerOf(contestant.workbench));
     figures.add("inbound flood", 0, contestant.name, kHostProcessorTime,
                 {(processorTimeUs() - before) / count});

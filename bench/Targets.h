@@ -2,6 +2,7 @@
 
 /// The names of contestants and units; what is measured under which name stands with its code.
 constexpr const char* kLibrary = "library";
+constexpr const char* kGathered = "library, gathered writes";
 constexpr const char* kFloor = "floor";
 constexpr const char* kLocalSocket = "QLocalSocket+QJsonDocument";
 constexpr const char* kZeroMq = "ZeroMQ+jsoncpp";

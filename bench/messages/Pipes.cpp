@@ -30,10 +30,7 @@ public:
         m_toWorkbench.awaitClient();
         m_fromWorkbench.awaitClient();
     }
-    void request(const std::string& link) override
-    {
-        m_toWorkbench.write(framed(requestText(link)));
-    }
+    void request(const std::string& link) override { write(framed(requestText(link))); }
     std::string nextLink() override
     {
         std::string link;
@@ -42,12 +39,32 @@ public:
         return link;
     }
 
+protected:
+    void write(const QByteArray& bytes) { m_toWorkbench.write(bytes); }
+
 private:
     pavo::HostPipe m_toWorkbench{uniqueName(QStringLiteral("in")),
                                  pavo::HostPipe::Direction::HostWrites};
     pavo::HostPipe m_fromWorkbench{uniqueName(QStringLiteral("out")),
                                    pavo::HostPipe::Direction::HostReads};
     QByteArray m_message;
+};
+
+class GatheringHost : public PipeHost
+{
+public:
+    void flood(const std::string& link, int count) override
+    {
+        constexpr int kEnough = 2048;
+        QByteArray bytes;
+        for (int i = 0; i < count; ++i) {
+            bytes += framed(requestText(link));
+            if (bytes.size() >= kEnough || i + 1 == count) {
+                write(bytes);
+                bytes.resize(0);
+            }
+        }
+    }
 };
 
 class LibraryEnd : public WorkbenchEnd
@@ -142,6 +159,11 @@ private:
 std::unique_ptr<HostEnd> makePipeHost()
 {
     return std::make_unique<PipeHost>();
+}
+
+std::unique_ptr<HostEnd> makeGatheringHost()
+{
+    return std::make_unique<GatheringHost>();
 }
 
 std::unique_ptr<WorkbenchEnd> makeLibraryEnd(const QString& address)

@@ -18,6 +18,12 @@ public:
     virtual void awaitWorkbench() = 0;
     /// Has the workbench show the link.
     virtual void request(const std::string& link) = 0;
+    /// The same so many times, as fast as it can.
+    virtual void flood(const std::string& link, int count)
+    {
+        for (int i = 0; i < count; ++i)
+            request(link);
+    }
     /// The next link that the workbench wants to be opened.
     virtual std::string nextLink() = 0;
 };
@@ -38,8 +44,9 @@ struct Transport
     std::unique_ptr<WorkbenchEnd> (*workbench)(const QString& address);
 };
 
-// Both talk to the same host.
+// The floor talks to the same host. The gathering one has a flood in writes of many messages each.
 std::unique_ptr<HostEnd> makePipeHost();
+std::unique_ptr<HostEnd> makeGatheringHost();
 std::unique_ptr<WorkbenchEnd> makeLibraryEnd(const QString& address);
 std::unique_ptr<WorkbenchEnd> makeFloorEnd(const QString& address);
 
