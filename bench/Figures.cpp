@@ -40,6 +40,9 @@ const Series* Figures::find(const std::string& measurement, int parameter,
 void Figures::writeTable(std::ostream& out) const
 {
     out << std::fixed << std::setprecision(2);
+    out << std::left << std::setw(31) << "measurement" << std::setw(28) << "contestant"
+        << std::right << std::setw(13) << "median" << std::setw(13) << "p99"
+        << "  unit\n";
     for (const Series& each : m_series) {
         out << std::left << std::setw(24) << each.measurement << std::right << std::setw(5)
             << each.parameter << "  " << std::left << std::setw(28) << each.contestant << std::right
