@@ -40,20 +40,26 @@ const Series* Figures::find(const std::string& measurement, int parameter,
 void Figures::writeTable(std::ostream& out) const
 {
     out << std::fixed << std::setprecision(2);
-    out << std::left << std::setw(31) << "measurement" << std::setw(28) << "contestant"
-        << std::right << std::setw(13) << "median" << std::setw(13) << "p99"
-        << "  unit\n";
+    writeTargets(out);
+    out << "\n| what | of | contestant | median | 99 % | unit | library is |\n"
+           "|---|---:|---|---:|---:|---|---:|\n";
     for (const Series& each : m_series) {
-        out << std::left << std::setw(24) << each.measurement << std::right << std::setw(5)
-            << each.parameter << "  " << std::left << std::setw(28) << each.contestant << std::right
-            << std::setw(13) << each.median() << std::setw(13) << each.percentile(0.99) << "  "
-            << std::left << std::setw(15) << each.unit;
+        out << "| " << std::left << std::setw(22) << each.measurement << " | " << std::right
+            << std::setw(4) << each.parameter << " | " << std::left << std::setw(27)
+            << each.contestant << " | " << std::right << std::setw(10) << each.median() << " | "
+            << std::setw(10) << each.percentile(0.99) << " | " << std::left << std::setw(14)
+            << each.unit << " | ";
         const Series* const library = find(each.measurement, each.parameter, kLibrary, each.unit);
         if (library && library != &each)
-            out << " library is " << library->median() / each.median() << " of it";
-        out << '\n';
+            out << library->median() / each.median();
+        out << " |\n";
     }
-    out << "\nTargets\n";
+}
+
+void Figures::writeTargets(std::ostream& out) const
+{
+    out << "| what | of | unit | ratio | to | should be | |\n"
+           "|---|---:|---|---:|---|---|---|\n";
     for (const Target& target : kTargets) {
         const Series* const own = find(target.measurement, target.parameter, kLibrary, target.unit);
         const Series* const other =
@@ -62,11 +68,15 @@ void Figures::writeTable(std::ostream& out) const
             continue;
         const double ratio = own->median() / other->median();
         const bool reached = target.atLeast ? ratio >= target.limit : ratio <= target.limit;
-        out << (reached ? "pass " : "MISS ") << std::left << std::setw(20) << target.measurement
-            << std::right << std::setw(4) << target.parameter << "  " << std::left << std::setw(15)
-            << target.unit << std::right << std::setw(7) << ratio << " of " << target.other << ' '
-            << target.otherParameter << (target.atLeast ? ", at least " : ", at most ")
-            << target.limit << '\n';
+        out << "| " << std::left << std::setw(17) << target.measurement << " | " << std::right
+            << std::setw(3) << target.parameter << " | " << std::left << std::setw(14)
+            << target.unit << " | " << std::right << std::setw(5) << ratio << " | " << std::left
+            << std::setw(26)
+            << (target.otherParameter == target.parameter
+                    ? target.other
+                    : "itself at " + std::to_string(target.otherParameter))
+            << " | " << (target.atLeast ? "at least " : "at most ") << target.limit << " | "
+            << (reached ? "pass" : "**miss**") << " |\n";
     }
 }
 

@@ -24,13 +24,15 @@ public:
     void add(const std::string& measurement, int parameter, const std::string& contestant,
              const std::string& unit, const std::vector<double>& samples);
 
-    /// The last lines are the targets, with what was reached.
+    /// In Markdown, for the terminal and for docs: the targets with what was reached, and
+    /// everything.
     void writeTable(std::ostream& out) const;
     void writeJson(std::ostream& out) const;
     /// One line a series, for gnuplot.
     void writeColumns(std::ostream& out) const;
 
 private:
+    void writeTargets(std::ostream& out) const;
     [[nodiscard]] const Series* find(const std::string& measurement, int parameter,
                                      const std::string& contestant, const std::string& unit) const;
 

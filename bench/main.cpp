@@ -24,7 +24,7 @@ constexpr Measurement kMeasurements[] = {
 int wrongUsage()
 {
     std::cerr << "usage: pavo-bench [--quick] FOLDER [NAME]\n"
-                 "Writes figures.json and figures.tsv to FOLDER. NAME is one of:";
+                 "Writes figures.json, figures.tsv and figures.md to FOLDER. NAME is one of:";
     for (const Measurement& each : kMeasurements)
         std::cerr << ' ' << each.name;
     std::cerr << '\n';
@@ -63,6 +63,10 @@ int main(int argc, char** argv)
     figures.writeJson(json);
     std::ofstream columns(place + "/figures.tsv");
     figures.writeColumns(columns);
+    std::ofstream table(place + "/figures.md");
+    table << "# Figures of `./pavo bench`\n\n[performance.md](../performance.md) says what they "
+             "mean.\n\n";
+    figures.writeTable(table);
     figures.writeTable(std::cout);
-    return json && columns ? 0 : 1;
+    return json && columns && table ? 0 : 1;
 }
