@@ -2,7 +2,7 @@
 # The Debian packages of each purpose. A bare system has none of them.
 
 # A display for windows, and letters for the texts in them.
-packages_display="xvfb xauth fonts-dejavu-core fonts-wqy-microhei"
+packages_display="xvfb xauth fonts-dejavu-core fonts-open-sans fonts-wqy-microhei"
 # What the examples are written in.
 packages_examples="python3 nodejs"
 packages_native="cmake ninja-build g++ ccache qtbase5-dev libjsoncpp-dev liblog4cplus-dev libgtest-dev

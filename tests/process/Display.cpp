@@ -19,7 +19,7 @@ Display::Display()
     m_server.start(QStringLiteral("Xvfb"),
                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
                     QStringLiteral("tcp"), QStringLiteral("-screen"), QStringLiteral("0"),
-                    QStringLiteral("1280x800x24")});
+                    QStringLiteral("1280x800x24"), QStringLiteral("-dpi"), QStringLiteral("96")});
     const bool isUp =
         waitUntil([this] { return m_server.canReadLine(); }) && m_server.waitForStarted(0);
     EXPECT_TRUE(isUp) << m_server.readAllStandardError().constData();

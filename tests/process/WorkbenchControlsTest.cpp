@@ -2,18 +2,18 @@
 // account's workbench, which has none.
 
 #include "pavo_core/SimulatedLoginService.h"
-#include "tests/process/Display.h"
+#include "tests/process/OnDisplay.h"
 #include "tests/support/RoleProcess.h"
-#include "tests/support/RuntimeFolder.h"
 #include "tools/pavo-workbench/AccountDelegate.h"
 #include "tools/pavo-workbench/Commands.h"
+#include "tools/pavo-workbench/PresenceBar.h"
+#include "tools/pavo-workbench/Theme.h"
 #include "tools/pavo-workbench/Workbench.h"
 #include "tools/pavo-workbench/WorkbenchWindow.h"
 #include "tools/support/Lines.h"
 #include "tools/support/StandardInput.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QListWidget>
 #include <QPushButton>
 #include <QtTest>
@@ -28,7 +28,6 @@ namespace {
 
 const QString kOwn = QStringLiteral("waiter");
 const QString kOther = QStringLiteral("cashier");
-constexpr QRgb kRed = 0xffff4d4f;
 
 std::shared_ptr<SimulatedLoginService> makeService()
 {
@@ -58,21 +57,6 @@ const Role other("other", [](const QStringList& arguments) {
     workbench.logIn(kOther.toStdString(), "secret");
     workbench.accounts().enterMainWindow();
     return QCoreApplication::exec();
-});
-
-/// The tests themselves, where there is a display.
-const Role onDisplay("on-display", [](const QStringList& arguments) {
-    QList<QByteArray> words{"WorkbenchControlsTest"};
-    for (const QString& argument : arguments)
-        words << argument.toLocal8Bit();
-    std::vector<char*> pointers;
-    pointers.reserve(static_cast<std::size_t>(words.size()));
-    for (QByteArray& word : words)
-        pointers.push_back(word.data());
-    int argc = static_cast<int>(pointers.size());
-    const QApplication application(argc, pointers.data());
-    testing::InitGoogleTest(&argc, pointers.data());
-    return RUN_ALL_TESTS();
 });
 
 class WorkbenchControls : public testing::Test
@@ -159,6 +143,11 @@ protected:
 
 } // namespace
 
+QList<DisplayVariant> displayVariants()
+{
+    return {{}};
+}
+
 TEST_F(WorkbenchControls, ClickSwitches)
 {
     QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, placeOf(kOther));
@@ -186,6 +175,15 @@ TEST_F(WorkbenchControls, ReturnSwitchesToTheCurrentRow)
     QTest::keyClick(&list(), Qt::Key_Down);
     EXPECT_EQ(list().currentItem(), item(kOther));
     QTest::keyClick(&list(), Qt::Key_Return);
+    otherSays("account code 1, front cashier");
+    EXPECT_TRUE(waitUntil([this] { return !m_window->isVisible(); }));
+}
+
+TEST_F(WorkbenchControls, NumberSwitches)
+{
+    QTest::keyClick(&button("hide"), Qt::Key_9, Qt::ControlModifier);
+    EXPECT_TRUE(m_window->isVisible()) << "there is no ninth";
+    QTest::keyClick(&button("hide"), Qt::Key_2, Qt::ControlModifier);
     otherSays("account code 1, front cashier");
     EXPECT_TRUE(waitUntil([this] { return !m_window->isVisible(); }));
 }
@@ -242,8 +240,22 @@ TEST_F(WorkbenchControls, HideHides)
 
 TEST_F(WorkbenchControls, PresenceIsChangedAndSpread)
 {
-    QTest::keyClick(m_window->findChild<QComboBox*>(), Qt::Key_Down);
+    const auto presences = m_window->findChild<PresenceBar*>()->findChildren<QPushButton*>();
+    const auto chosen = [&presences] {
+        QList<bool> values;
+        for (const QPushButton* each : presences)
+            values << each->isChecked();
+        return values;
+    };
+    EXPECT_EQ(chosen(), (QList<bool>{true, false, false}));
+    QTest::mouseClick(presences[2], Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this] { return accounts().loginState() == 3; }));
+    EXPECT_EQ(chosen(), (QList<bool>{false, false, true}));
+    presences[2]->setFocus();
+    QTest::keyClick(presences[2], Qt::Key_Left);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
     ASSERT_TRUE(waitUntil([this] { return accounts().loginState() == 2; }));
+    EXPECT_EQ(chosen(), (QList<bool>{false, true, false}));
     click("forAll");
     otherSays("account login state 2 is wanted");
     EXPECT_TRUE(waitUntil([this] { return loginState(kOther) == 2; }));
@@ -273,7 +285,7 @@ TEST_F(WorkbenchControls, MarkIsSeenWithoutACount)
         int count = 0;
         for (int y = 0; y < picture.height(); ++y) {
             for (int x = 0; x < picture.width(); ++x)
-                count += picture.pixel(x, y) == kRed ? 1 : 0;
+                count += picture.pixel(x, y) == Theme::kMarked ? 1 : 0;
         }
         return count;
     };
@@ -282,18 +294,4 @@ TEST_F(WorkbenchControls, MarkIsSeenWithoutACount)
     ASSERT_TRUE(
         waitUntil([this] { return item(kOther)->data(AccountDelegate::MarkRole).toInt() == 1; }));
     EXPECT_GT(redPixels(), 40);
-}
-
-int main(int argc, char** argv)
-{
-    int exitCode = 0;
-    if (Role::runAsAsked(argc, argv, exitCode))
-        return exitCode;
-    const RuntimeFolder folder;
-    const QCoreApplication application(argc, argv);
-    const Display display;
-    QStringList arguments = QCoreApplication::arguments();
-    const QString program = arguments.takeFirst();
-    return QProcess::execute(
-        program, QStringList{QStringLiteral("--role"), QStringLiteral("on-display")} + arguments);
 }

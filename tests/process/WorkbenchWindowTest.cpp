@@ -49,9 +49,9 @@ TEST(WorkbenchWindow, ShowsTheAccountsInTheirColours)
     EXPECT_EQ(demo.exitCode(), 0) << demo.readAllStandardError().constData()
                                   << demo.readAllStandardOutput().constData();
 
-    const QSize sizes[] = {{880, 580}, {880, 580}, {760, 430}};
+    const QSize sizes[] = {{880, 580}, {880, 580}, {880, 580}, {760, 430}};
     QSet<QRgb> grounds;
-    for (int number = 1; number <= 3; ++number) {
+    for (int number = 1; number <= 4; ++number) {
         const QImage picture(folder.filePath(QStringLiteral("three-accounts-%1.png").arg(number)));
         ASSERT_EQ(picture.size(), sizes[number - 1]) << number;
         EXPECT_GT(colourCount(picture), 300) << number;

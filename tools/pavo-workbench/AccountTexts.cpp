@@ -2,8 +2,6 @@
 
 #include <QStringList>
 
-#include <iterator>
-
 QString AccountTexts::front(const MASelectedAccount& selected)
 {
     return QStringLiteral("front %1, %2, state %3, %4x%5 at %6,%7")
@@ -40,12 +38,4 @@ QString AccountTexts::list(const std::list<MAAccountInfo>& accounts)
     }
     return texts.isEmpty() ? QStringLiteral("no list")
                            : QStringLiteral("list ") + texts.join(QStringLiteral(", "));
-}
-
-QString AccountTexts::presence(int loginState)
-{
-    constexpr const char* kNames[] = {"Offline", "Online", "Busy", "Away"};
-    if (loginState >= 0 && loginState < static_cast<int>(std::size(kNames)))
-        return QLatin1String(kNames[loginState]);
-    return QStringLiteral("Presence %1").arg(loginState);
 }

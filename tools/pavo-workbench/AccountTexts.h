@@ -14,7 +14,4 @@ QString front(const MASelectedAccount& selected);
 /// The accounts in their order, with what is not 0 about them.
 QString list(const std::list<MAAccountInfo>& accounts);
 
-/// A name of the presence that an account's login state is.
-QString presence(int loginState);
-
 } // namespace AccountTexts

@@ -20,7 +20,7 @@ public:
     static bool isBuiltIn();
     /// Whether there is a display to show a window on.
     static bool hasDisplay();
-    /// The application that windows need.
+    /// The application that windows need, in the user's language where that is known here.
     static std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv);
     /// Shows the workbench, which has to outlive it.
     static std::unique_ptr<Screen> make(Workbench& workbench);

@@ -1,39 +1,66 @@
 #include "tools/pavo-workbench/Theme.h"
 
+#include <QtGlobal>
+
 #include <iterator>
 
 namespace {
 
-// By the skins' indexes.
-constexpr Theme kThemes[] = {{"Blue", 0xff1677ff, 0xff10305c, 0xfff3f7fd},
-                             {"Orange", 0xffe8710a, 0xff5a2f0c, 0xfffdf6ef},
-                             {"Green", 0xff1e9a5f, 0xff0e402a, 0xfff1f9f5},
-                             {"Red", 0xffcf2f3f, 0xff571821, 0xfffdf3f4},
-                             {"Geek blue", 0xff3f51d9, 0xff1c2461, 0xfff4f5fd},
-                             {"Purple", 0xff8042c8, 0xff391c5c, 0xfff8f4fd}};
+// By the skins' indexes; the last two are dark.
+constexpr Theme kThemes[] = {
+    {QT_TRANSLATE_NOOP("Theme", "Blue"), 0xff1765d8, 0xff10294d, 0xfff3f7fd, 0xffffffff, 0xffd8dfea,
+     0xff1b2430, 0xff566173, 0xff1765d8},
+    {QT_TRANSLATE_NOOP("Theme", "Orange"), 0xffb8560b, 0xff46260d, 0xfffdf7f1, 0xffffffff,
+     0xffe6dfd6, 0xff1b2430, 0xff566173, 0xffb8560b},
+    {QT_TRANSLATE_NOOP("Theme", "Green"), 0xff157f46, 0xff0e3826, 0xfff1f9f5, 0xffffffff,
+     0xffd5e2db, 0xff1b2430, 0xff566173, 0xff157f46},
+    {QT_TRANSLATE_NOOP("Theme", "Red"), 0xffc2303f, 0xff48151d, 0xfffdf4f5, 0xffffffff, 0xffe8dadc,
+     0xff1b2430, 0xff566173, 0xffc2303f},
+    {QT_TRANSLATE_NOOP("Theme", "Geek blue"), 0xff4c5ede, 0xff0e1126, 0xff171b34, 0xff20264a,
+     0xff3b4373, 0xffe9ebf8, 0xffaab2d6, 0xff95a4ff},
+    {QT_TRANSLATE_NOOP("Theme", "Purple"), 0xff8446cf, 0xff150d24, 0xff1e1533, 0xff2a1f46,
+     0xff4a3a6b, 0xffefeafa, 0xffbbabd9, 0xffc29bff}};
 
 constexpr const char* kStyleSheet = R"(
-WorkbenchWindow { background: %light; }
-QWidget { font-size: 14px; color: #1f2733; }
-#side { background: %dark; }
-#side QLabel { color: white; }
-#sideTitle { font-size: 16px; font-weight: bold; padding: 18px 16px 8px 16px; }
-#count { color: rgba(255, 255, 255, 170); padding: 8px 16px 14px 16px; }
+WorkbenchWindow { background: @ground@; }
+QWidget { font-size: 14px; color: @text@; }
+QToolTip { background: @card@; color: @text@; border: 1px solid @line@; padding: 4px; }
+#side { background: @side@; }
+#side QLabel { color: white; font-weight: bold; }
+#sideTitle { font-size: 16px; }
+#count { background: @sideFront@; border-radius: 10px; padding: 1px 9px; font-size: 12px; }
+#side #hint { color: @sideDim@; font-size: 12px; font-weight: normal; }
 #accounts { background: transparent; border: none; outline: none; }
 #title { font-size: 22px; font-weight: bold; }
-#subtitle { color: #5b6675; }
-#heading { font-weight: bold; color: #5b6675; }
-#log { background: white; border: 1px solid #d9dfe8; border-radius: 8px; padding: 6px; }
-#log::item { padding: 5px 6px; border-bottom: 1px solid #eef1f5; color: #1f2733; }
-#log::item:selected { background: %light; }
-#log:focus, QPushButton:focus { border: 2px solid %accent; }
-QPushButton { background: white; border: 2px solid #d0d7e2; border-radius: 6px;
-    padding: 7px 12px; }
-QPushButton:hover { border-color: %accent; }
-QPushButton:pressed { background: %light; }
-QPushButton#merge { background: %accent; border-color: %accent; color: white; font-weight: bold; }
-QPushButton#merge:focus { border-color: %dark; }
+#subtitle { color: @dim@; }
+#heading { font-weight: bold; color: @dim@; }
+#activity { background: @card@; border: 2px solid @line@; border-radius: 10px; padding: 6px;
+    outline: none; }
+#nothing { color: @dim@; background: transparent; }
+QPushButton { background: @card@; border: 2px solid @line@; border-radius: 8px;
+    padding: 6px 12px; }
+QPushButton:hover { border-color: @dim@; }
+QPushButton:pressed { background: @ground@; }
+QPushButton:disabled { color: @dim@; }
+QPushButton:checked, QPushButton#merge { background: @accent@; border-color: @accent@;
+    color: white; }
+QPushButton#merge { font-weight: bold; }
+QPushButton#merge:hover { border-color: @text@; }
+QPushButton#merge:disabled { background: @card@; border-color: @line@; color: @dim@; }
+#activity:focus, QPushButton:focus { border-color: @focus@; }
+QPushButton:checked:focus, QPushButton#merge:focus { border-color: @text@; }
+QScrollBar:vertical { background: transparent; width: 10px; margin: 2px; }
+QScrollBar::handle:vertical { background: @line@; border-radius: 3px; min-height: 30px; }
+QScrollBar::add-line, QScrollBar::sub-line { height: 0; }
 )";
+
+QColor mixed(QRgb ground, int whitePercent)
+{
+    const auto channel = [whitePercent](int value) {
+        return value + (255 - value) * whitePercent / 100;
+    };
+    return {channel(qRed(ground)), channel(qGreen(ground)), channel(qBlue(ground))};
+}
 
 } // namespace
 
@@ -43,10 +70,33 @@ const Theme& Theme::of(int skin)
     return kThemes[known ? skin : 0];
 }
 
+QColor Theme::sideDim() const
+{
+    return mixed(side, 72);
+}
+
+QColor Theme::sideFront() const
+{
+    return mixed(side, 16);
+}
+
+QColor Theme::sideHover() const
+{
+    return mixed(side, 8);
+}
+
 QString Theme::styleSheet() const
 {
-    return QString::fromLatin1(kStyleSheet)
-        .replace(QStringLiteral("%accent"), QColor(accent).name())
-        .replace(QStringLiteral("%dark"), QColor(dark).name())
-        .replace(QStringLiteral("%light"), QColor(light).name());
+    const struct
+    {
+        const char* name;
+        QColor colour;
+    } colours[] = {{"@accent@", accent},    {"@side@", side},   {"@ground@", ground},
+                   {"@card@", card},        {"@line@", line},   {"@text@", text},
+                   {"@dim@", dim},          {"@focus@", focus}, {"@sideFront@", sideFront()},
+                   {"@sideDim@", sideDim()}};
+    QString sheet = QString::fromLatin1(kStyleSheet);
+    for (const auto& each : colours)
+        sheet.replace(QLatin1String(each.name), each.colour.name());
+    return sheet;
 }

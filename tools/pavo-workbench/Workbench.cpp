@@ -27,13 +27,12 @@ QString keyText(const KTKeyInfo& info)
         .arg(QLatin1String(info.valid ? "" : ", not in force"));
 }
 
-QString keysText(const QString& what, const std::vector<KTKeyInfo>& infos)
+QString keysText(const std::vector<KTKeyInfo>& infos)
 {
     QStringList texts;
     for (const KTKeyInfo& info : infos)
         texts << keyText(info);
-    return QStringLiteral("%1: %2").arg(what, texts.isEmpty() ? QStringLiteral("none")
-                                                              : texts.join(QStringLiteral(", ")));
+    return texts.isEmpty() ? QStringLiteral("none") : texts.join(QStringLiteral(", "));
 }
 
 } // namespace
@@ -99,10 +98,11 @@ void Workbench::takePresence(const std::string& pin, int presence)
     m_accounts.changeLoginState(presence);
 }
 
-void Workbench::asked(const QString& what)
+void Workbench::asked(const char* said, const QString& shown, const QString& detail)
 {
-    say(what);
-    Q_EMIT hostAsked(what);
+    say(detail.isEmpty() ? QString::fromLatin1(said)
+                         : QStringLiteral("%1 %2").arg(QLatin1String(said), detail));
+    Q_EMIT hostAsked(shown, detail);
 }
 
 std::unique_ptr<KTChannelObserver> Workbench::makeObserver()
@@ -110,41 +110,41 @@ std::unique_ptr<KTChannelObserver> Workbench::makeObserver()
     auto observer = std::make_unique<KTChannelObserver>();
     observer->onOpenLXWindow = [this](int kind, const std::string& second,
                                       const std::string& first) {
-        asked(QStringLiteral("open conversation %1, kind %2, %3")
-                  .arg(text(first))
-                  .arg(kind)
-                  .arg(text(second)));
+        asked("open conversation", tr("Open conversation"),
+              QStringLiteral("%1, kind %2, %3").arg(text(first)).arg(kind).arg(text(second)));
         m_accounts.popUp(true);
     };
     observer->onOpenLXGroup = [this](const std::string& second, const std::string& first) {
-        asked(QStringLiteral("open group %1, %2").arg(text(first), text(second)));
+        asked("open group", tr("Open group"),
+              QStringLiteral("%1, %2").arg(text(first), text(second)));
         m_accounts.popUp(true);
     };
     observer->onShowUnreadMessageList = [this](bool show, const QRect& place) {
-        asked(QStringLiteral("%1 the unread messages at (%2, %3), %4 x %5")
-                  .arg(QLatin1String(show ? "show" : "hide"))
+        asked(show ? "show the unread messages" : "hide the unread messages",
+              show ? tr("Show the unread messages") : tr("Hide the unread messages"),
+              QStringLiteral("at (%1, %2), %3 x %4")
                   .arg(place.x())
                   .arg(place.y())
                   .arg(qint64{place.right()} - place.left() + 1)
                   .arg(qint64{place.bottom()} - place.top() + 1));
     };
     observer->onHotKeyChanged = [this](const std::vector<KTKeyInfo>& infos) {
-        asked(keysText(QStringLiteral("hot keys"), infos));
+        asked("hot keys:", tr("Hot keys"), keysText(infos));
     };
     observer->onShortcutChanged = [this](const std::vector<KTKeyInfo>& infos) {
-        asked(keysText(QStringLiteral("shortcuts"), infos));
+        asked("shortcuts:", tr("Shortcuts"), keysText(infos));
         // The settings' last part follows, the merge mode, which no observer is told of.
         QMetaObject::invokeMethod(&m_accounts, &Accounts::takeHostSettings, Qt::QueuedConnection);
     };
     observer->onSkinChanged = [this](int index) {
-        asked(QStringLiteral("skin %1").arg(index));
+        asked("skin", tr("Skin"), QString::number(index));
         m_accounts.changeSkin(index);
     };
     observer->onOpenBaseInfoSetting = [this] {
-        asked(QStringLiteral("open the base-information settings"));
+        asked("open the base-information settings", tr("Open the base-information settings"));
     };
     observer->onRequest = [this](const std::string& url) {
-        asked(QStringLiteral("show the page %1").arg(text(url)));
+        asked("show the page", tr("Show the page"), text(url));
     };
     observer->onPipeClosed = [] {
         say(QStringLiteral("the host has gone"));

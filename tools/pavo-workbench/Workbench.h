@@ -38,12 +38,14 @@ public:
     Accounts& accounts() { return m_accounts; }
 
 Q_SIGNALS:
-    void hostAsked(QString what);
+    /// In the user's language, but for what came from the host.
+    void hostAsked(QString what, QString detail);
 
 private:
     std::unique_ptr<KTChannelObserver> makeObserver();
     void takePresence(const std::string& pin, int presence);
-    void asked(const QString& what);
+    /// `said` is printed, `shown` is for the window.
+    void asked(const char* said, const QString& shown, const QString& detail = QString());
 
     PAVOCore m_core;
     QLoginObserver m_loginObserver;

@@ -1,34 +1,39 @@
 #include "tools/pavo-workbench/WorkbenchWindow.h"
 
-#include "tools/pavo-workbench/AccountDelegate.h"
-#include "tools/pavo-workbench/AccountTexts.h"
+#include "tools/pavo-workbench/AccountList.h"
+#include "tools/pavo-workbench/ActivityList.h"
+#include "tools/pavo-workbench/Avatar.h"
+#include "tools/pavo-workbench/ElidingLabel.h"
+#include "tools/pavo-workbench/PresenceBar.h"
 #include "tools/pavo-workbench/Theme.h"
 #include "tools/pavo-workbench/Workbench.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QComboBox>
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QListWidget>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
 
 namespace {
 
-constexpr int kSideWidth = 230;
-constexpr int kTitleWidth = 260;
-constexpr QSize kMinimumSize(720, 360);
-constexpr int kControlHeight = 34;
-constexpr int kLogLength = 500;
-constexpr int kPresences[] = {1, 2, 3};
+constexpr int kSideWidth = 232;
+constexpr QSize kMinimumSize(720, 400);
+constexpr int kAvatar = 52;
 
-QLabel* makeLabel(const char* name, const QString& text = QString())
+template<typename Label = QLabel>
+Label* makeLabel(const char* name, const QString& text = QString())
 {
-    auto* label = new QLabel(text);
+    auto* label = new Label(text);
     label->setObjectName(QLatin1String(name));
     return label;
+}
+
+QPushButton* makeButton(const char* name, const QString& text = QString())
+{
+    auto* button = new QPushButton(text);
+    button->setObjectName(QLatin1String(name));
+    return button;
 }
 
 } // namespace
@@ -45,121 +50,111 @@ WorkbenchWindow::WorkbenchWindow(Workbench& workbench)
     layout->setSizeConstraint(QLayout::SetNoConstraint);
     // A window that is hidden for another account's is no reason to end.
     QApplication::setQuitOnLastWindowClosed(false);
+    connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, this, &QWidget::close);
 
     Accounts& accounts = workbench.accounts();
     connect(&accounts, &Accounts::changed, this, &WorkbenchWindow::refresh);
     connect(&accounts, &Accounts::mainWindowWanted, this, &WorkbenchWindow::apply);
-    connect(&workbench, &Workbench::hostAsked, this, [this](const QString& what) {
-        m_log->addItem(what);
-        if (m_log->count() > kLogLength)
-            delete m_log->takeItem(0);
-        m_log->scrollToBottom();
-    });
+    connect(&workbench, &Workbench::hostAsked, m_activity, &ActivityList::add);
     refresh();
 }
 
 QWidget* WorkbenchWindow::makeSide()
 {
-    m_accounts = new QListWidget;
-    m_accounts->setObjectName(QStringLiteral("accounts"));
-    m_accounts->setItemDelegate(new AccountDelegate(m_accounts));
-    m_accounts->setMouseTracking(true);
-    m_accounts->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    connect(m_accounts, &QListWidget::itemClicked, this, &WorkbenchWindow::switchTo);
-    // Not the item's activation, which a double click is besides its clicks.
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-        auto* shortcut = new QShortcut(key, m_accounts);
-        shortcut->setContext(Qt::WidgetShortcut);
-        connect(shortcut, &QShortcut::activated, this, [this] {
-            if (QListWidgetItem* item = m_accounts->currentItem())
-                switchTo(item);
-        });
-    }
+    m_accounts = new AccountList;
+    connect(m_accounts, &AccountList::chosen, &m_workbench.accounts(), &Accounts::switchTo);
     m_count = makeLabel("count");
+    auto* title = makeLabel("sideTitle", tr("&Accounts"));
+    title->setBuddy(m_accounts);
+    auto* header = new QHBoxLayout;
+    header->setContentsMargins(12, 0, 12, 0);
+    header->addWidget(title);
+    header->addStretch(1);
+    header->addWidget(m_count);
 
     auto* side = new QWidget;
     side->setObjectName(QStringLiteral("side"));
     side->setAttribute(Qt::WA_StyledBackground);
     side->setFixedWidth(kSideWidth);
     auto* layout = new QVBoxLayout(side);
-    layout->setContentsMargins(4, 0, 4, 0);
-    layout->setSpacing(0);
-    layout->addWidget(makeLabel("sideTitle", QStringLiteral("Accounts")));
+    layout->setContentsMargins(8, 22, 8, 16);
+    layout->setSpacing(12);
+    layout->addLayout(header);
     layout->addWidget(m_accounts, 1);
-    layout->addWidget(m_count);
+    layout->addWidget(makeLabel("hint", tr("Ctrl+1 to Ctrl+9: switch")), 0, Qt::AlignHCenter);
     return side;
 }
 
 QWidget* WorkbenchWindow::makeMain()
 {
-    m_title = makeLabel("title");
-    m_subtitle = makeLabel("subtitle");
-    m_subtitle->setWordWrap(true);
-    m_presence = new QComboBox;
-    m_presence->setMinimumHeight(kControlHeight);
-    m_presence->setPalette(QPalette(Qt::white));
-    for (const int presence : kPresences)
-        m_presence->addItem(AccountTexts::presence(presence), presence);
-    connect(m_presence, QOverload<int>::of(&QComboBox::activated), this,
-            [this](int index) { m_workbench.setPresence(m_presence->itemData(index).toInt()); });
-    m_log = new QListWidget;
-    m_log->setObjectName(QStringLiteral("log"));
-    m_log->setWordWrap(true);
-    auto* heading = makeLabel("heading", QStringLiteral("What the host &asked"));
-    heading->setBuddy(m_log);
-    auto* presenceLabel = makeLabel("heading", QStringLiteral("&Presence"));
-    presenceLabel->setBuddy(m_presence);
-
-    auto* forAll = new QPushButton(QStringLiteral("&For all"));
-    forAll->setObjectName(QStringLiteral("forAll"));
-    forAll->setToolTip(QStringLiteral("Have the other accounts take on this presence, too"));
-    Accounts& accounts = m_workbench.accounts();
-    connect(forAll, &QPushButton::clicked, &accounts,
-            [&accounts] { accounts.switchOthersLoginState(accounts.loginState()); });
-
-    auto* titles = new QVBoxLayout;
-    titles->setSpacing(2);
-    titles->addWidget(m_title);
-    titles->addWidget(m_subtitle);
-    auto* header = new QHBoxLayout;
-    header->addLayout(titles, 1);
-    header->addWidget(presenceLabel);
-    header->addWidget(m_presence);
-    header->addWidget(forAll);
+    m_activity = new ActivityList;
+    auto* heading = makeLabel("heading", tr("Activi&ty"));
+    heading->setBuddy(m_activity);
 
     auto* main = new QWidget;
     auto* layout = new QVBoxLayout(main);
-    layout->setContentsMargins(24, 18, 24, 18);
+    layout->setContentsMargins(24, 20, 24, 20);
     layout->setSpacing(12);
-    layout->addLayout(header);
+    layout->addLayout(makeHeader());
     layout->addSpacing(4);
+    layout->addLayout(makePresences());
     layout->addWidget(heading);
-    layout->addWidget(m_log, 1);
-    layout->addWidget(makeButtons());
+    layout->addWidget(m_activity, 1);
+    layout->addLayout(makeButtons());
     return main;
 }
 
-QWidget* WorkbenchWindow::makeButtons()
+QBoxLayout* WorkbenchWindow::makeHeader()
+{
+    m_avatar = new Avatar(kAvatar);
+    m_title = makeLabel<ElidingLabel>("title");
+    m_subtitle = makeLabel<ElidingLabel>("subtitle");
+    auto* titles = new QVBoxLayout;
+    titles->setSpacing(0);
+    titles->addWidget(m_title);
+    titles->addWidget(m_subtitle);
+    auto* header = new QHBoxLayout;
+    header->setSpacing(16);
+    header->addWidget(m_avatar);
+    header->addLayout(titles, 1);
+    return header;
+}
+
+QBoxLayout* WorkbenchWindow::makePresences()
+{
+    m_presences = new PresenceBar;
+    connect(m_presences, &PresenceBar::chosen, &m_workbench, &Workbench::setPresence);
+    auto* heading = makeLabel("heading", tr("&Presence"));
+    heading->setBuddy(m_presences);
+    m_forAll = makeButton("forAll", tr("&For all"));
+    m_forAll->setToolTip(tr("Have the other accounts take on this presence, too"));
+    Accounts& accounts = m_workbench.accounts();
+    connect(m_forAll, &QPushButton::clicked, &accounts,
+            [&accounts] { accounts.switchOthersLoginState(accounts.loginState()); });
+    auto* presences = new QHBoxLayout;
+    presences->addWidget(heading);
+    presences->addSpacing(6);
+    presences->addWidget(m_presences);
+    presences->addStretch(1);
+    presences->addWidget(m_forAll);
+    return presences;
+}
+
+QBoxLayout* WorkbenchWindow::makeButtons()
 {
     Accounts& accounts = m_workbench.accounts();
-    m_merge = new QPushButton;
-    m_merge->setObjectName(QStringLiteral("merge"));
+    m_merge = makeButton("merge");
     connect(m_merge, &QPushButton::clicked, this,
             [&accounts] { accounts.setMerged(!accounts.selected().mergeWindow()); });
-    auto* minimise = new QPushButton(QStringLiteral("Mi&nimise"));
-    minimise->setObjectName(QStringLiteral("minimise"));
+    auto* minimise = makeButton("minimise", tr("Mi&nimise"));
     connect(minimise, &QPushButton::clicked, &accounts, &Accounts::minimise);
-    auto* hideButton = new QPushButton(QStringLiteral("&Hide"));
-    hideButton->setObjectName(QStringLiteral("hide"));
+    auto* hideButton = makeButton("hide", tr("&Hide"));
     connect(hideButton, &QPushButton::clicked, &accounts, &Accounts::hide);
-
-    auto* buttons = new QWidget;
-    auto* layout = new QHBoxLayout(buttons);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_merge);
-    layout->addStretch(1);
-    layout->addWidget(minimise);
-    layout->addWidget(hideButton);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_merge);
+    buttons->addStretch(1);
+    buttons->addWidget(minimise);
+    buttons->addWidget(hideButton);
     return buttons;
 }
 
@@ -223,61 +218,27 @@ void WorkbenchWindow::report(const QRect& rect)
 void WorkbenchWindow::refresh()
 {
     const Accounts& accounts = m_workbench.accounts();
-    const MASelectedAccount selected = accounts.selected();
-    const QString sheet = Theme::of(accounts.skin()).styleSheet();
-    if (styleSheet() != sheet)
+    const bool isMerged = accounts.selected().mergeWindow();
+    const Theme& theme = Theme::of(accounts.skin());
+    const QString sheet = theme.styleSheet();
+    if (styleSheet() != sheet) {
         setStyleSheet(sheet);
+        m_accounts->setTheme(theme);
+        m_activity->setTheme(theme);
+    }
     const QString pin = accounts.pin();
-    setWindowTitle(pin.isEmpty() ? QStringLiteral("Workbench")
-                                 : QStringLiteral("%1 - Workbench").arg(pin));
-    m_title->setText(pin.isEmpty()
-                         ? QStringLiteral("Nobody is logged in")
-                         : m_title->fontMetrics().elidedText(pin, Qt::ElideRight, kTitleWidth));
+    setWindowTitle(pin.isEmpty() ? tr("Workbench") : tr("%1 - Workbench").arg(pin));
+    m_avatar->setAccount(pin, accounts.skin());
+    m_title->setText(pin.isEmpty() ? tr("Nobody is logged in") : pin);
     m_title->setToolTip(pin);
     m_subtitle->setText(
-        QStringLiteral("%1 skin, %2")
-            .arg(QLatin1String(Theme::of(accounts.skin()).name),
-                 QLatin1String(selected.mergeWindow() ? "one window for all accounts"
-                                                      : "a window of its own")));
-    m_presence->setCurrentIndex(m_presence->findData(accounts.loginState()));
-    m_presence->setEnabled(accounts.hasJoined());
-    m_merge->setText(
-        QLatin1String(selected.mergeWindow() ? "&Separate windows" : "&Merge windows"));
+        (isMerged ? tr("%1 skin, one window for all accounts") : tr("%1 skin, a window of its own"))
+            .arg(QCoreApplication::translate("Theme", theme.name)));
+    m_presences->setPresence(accounts.loginState());
+    m_presences->setEnabled(accounts.hasJoined());
+    m_forAll->setEnabled(accounts.hasJoined());
+    m_merge->setText(isMerged ? tr("&Separate windows") : tr("&Merge windows"));
     m_merge->setEnabled(accounts.hasJoined());
-    refreshList(selected);
-}
-
-void WorkbenchWindow::refreshList(const MASelectedAccount& selected)
-{
-    const Accounts& accounts = m_workbench.accounts();
-    // The keyboard is where the front is, or stays where the user has taken it from there.
-    const QListWidgetItem* const before = m_accounts->currentItem();
-    const bool stays = before && !before->data(AccountDelegate::FrontRole).toBool();
-    const QString current = stays ? before->text() : QString();
-    m_accounts->clear();
-    for (const MAAccountInfo& account : accounts.list()) {
-        // Behind a window of its own an account is the only one, whatever was heard last.
-        const bool isFront = selected.mergeWindow()
-                                 ? account.equalAccount(selected.appID, selected.pin)
-                                 : QString::fromStdString(account.pin) == accounts.pin();
-        if (!isFront && !selected.mergeWindow())
-            continue;
-        auto* item = new QListWidgetItem(QString::fromStdString(account.pin), m_accounts);
-        item->setToolTip(item->text());
-        item->setData(AccountDelegate::SkinRole, account.skin);
-        item->setData(AccountDelegate::LoginStateRole, account.loginState);
-        item->setData(AccountDelegate::UnreadRole, account.unread);
-        item->setData(AccountDelegate::MarkRole, account.unreadMark);
-        item->setData(AccountDelegate::FrontRole, isFront);
-        if (item->text() == current || (isFront && !m_accounts->currentItem()))
-            m_accounts->setCurrentItem(item);
-    }
-    const int count = m_accounts->count();
-    m_count->setText(count == 1 ? QStringLiteral("1 account")
-                                : QStringLiteral("%1 accounts").arg(count));
-}
-
-void WorkbenchWindow::switchTo(QListWidgetItem* item)
-{
-    m_workbench.accounts().switchTo(item->text());
+    m_accounts->refresh(accounts);
+    m_count->setText(QString::number(m_accounts->count()));
 }

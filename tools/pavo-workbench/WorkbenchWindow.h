@@ -2,12 +2,13 @@
 
 #include <QWidget>
 
-class MASelectedAccount;
-class QComboBox;
+class AccountList;
+class ActivityList;
+class Avatar;
+class QBoxLayout;
 class QLabel;
-class QListWidget;
-class QListWidgetItem;
 class QPushButton;
+class PresenceBar;
 class Workbench;
 
 /// The main window: the accounts at the left, what the host asked at the right. On the screen it is
@@ -28,22 +29,24 @@ protected:
 private:
     QWidget* makeSide();
     QWidget* makeMain();
-    QWidget* makeButtons();
+    QBoxLayout* makeHeader();
+    QBoxLayout* makePresences();
+    QBoxLayout* makeButtons();
 
     /// Brings the window on the screen as it is wanted, or takes it from there.
     void apply();
     void report(const QRect& rect);
     void refresh();
-    void refreshList(const MASelectedAccount& selected);
-    void switchTo(QListWidgetItem* item);
 
     Workbench& m_workbench;
     bool m_applying = false;
-    QListWidget* m_accounts = nullptr;
+    AccountList* m_accounts = nullptr;
     QLabel* m_count = nullptr;
+    Avatar* m_avatar = nullptr;
     QLabel* m_title = nullptr;
     QLabel* m_subtitle = nullptr;
-    QComboBox* m_presence = nullptr;
-    QListWidget* m_log = nullptr;
+    PresenceBar* m_presences = nullptr;
+    QPushButton* m_forAll = nullptr;
+    ActivityList* m_activity = nullptr;
     QPushButton* m_merge = nullptr;
 };

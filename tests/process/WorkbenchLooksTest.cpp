@@ -1,0 +1,267 @@
+// What the sample workbench's window looks like, at both scales and in both languages.
+
+#include "pavo_core/SimulatedLoginService.h"
+#include "tests/process/OnDisplay.h"
+#include "tests/support/Wait.h"
+#include "tools/pavo-workbench/ChineseTexts.h"
+#include "tools/pavo-workbench/Theme.h"
+#include "tools/pavo-workbench/Workbench.h"
+#include "tools/pavo-workbench/WorkbenchWindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace {
+
+constexpr int kSkins = 6;
+/// What is readable for people who see less than others, as is agreed on widely.
+constexpr double kReadable = 4.5;
+const QRegularExpression kChinese(QStringLiteral("\\p{Han}"));
+
+double luminance(const QColor& colour)
+{
+    const auto linear = [](double value) {
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other)
+{
+    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
+    return (light + 0.05) / (dark + 0.05);
+}
+
+/// Between what most of a picture is and what differs most from that.
+double contrastIn(const QImage& picture)
+{
+    QHash<QRgb, int> counts;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x)
+            ++counts[picture.pixel(x, y)];
+    }
+    const QList<QRgb> colours = counts.keys();
+    const QRgb ground = *std::max_element(colours.begin(), colours.end(),
+                                          [&](QRgb a, QRgb b) { return counts[a] < counts[b]; });
+    double result = 1;
+    for (const QRgb colour : colours)
+        result = std::max(result, contrast(ground, colour));
+    return result;
+}
+
+/// One workbench for all tests: there is one manager of the accounts in a process.
+class WorkbenchLooks : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        QCoreApplication::setApplicationName(
+            QStringLiteral("pavo-test-%1").arg(QCoreApplication::applicationPid()));
+        auto service = std::make_shared<SimulatedLoginService>();
+        service->addAccount("waiter", "secret");
+        s_workbench = std::make_unique<Workbench>(service);
+        s_window = std::make_unique<WorkbenchWindow>(*s_workbench);
+        s_workbench->logIn("waiter", "secret");
+        s_workbench->accounts().enterMainWindow();
+    }
+
+    static void TearDownTestSuite()
+    {
+        s_window.reset();
+        s_workbench.reset();
+    }
+
+    void SetUp() override
+    {
+        m_workbench->accounts().popUp(true);
+        ASSERT_TRUE(waitUntil([this] { return m_window->isVisible() && accounts().count() == 1; }));
+        m_window->resize(m_window->minimumSize());
+        QApplication::setActiveWindow(m_window);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_window));
+    }
+
+    QListWidget& accounts()
+    {
+        return *m_window->findChild<QListWidget*>(QStringLiteral("accounts"));
+    }
+
+    /// With the ground that is not the widget's own.
+    QImage picture(const QWidget& widget) const
+    {
+        return m_window->grab({widget.mapTo(m_window, QPoint(0, 0)), widget.size()}).toImage();
+    }
+
+    /// What has a text of its own, and the text.
+    QList<QPair<QWidget*, QString>> texts()
+    {
+        QList<QPair<QWidget*, QString>> found;
+        for (QLabel* label : m_window->findChildren<QLabel*>())
+            found << qMakePair(label, label->text());
+        for (QAbstractButton* button : m_window->findChildren<QAbstractButton*>())
+            found << qMakePair(button, button->text());
+        return found;
+    }
+
+    static std::unique_ptr<Workbench> s_workbench;
+    static std::unique_ptr<WorkbenchWindow> s_window;
+    Workbench* const m_workbench = s_workbench.get();
+    WorkbenchWindow* const m_window = s_window.get();
+};
+
+std::unique_ptr<Workbench> WorkbenchLooks::s_workbench;
+std::unique_ptr<WorkbenchWindow> WorkbenchLooks::s_window;
+
+} // namespace
+
+QList<DisplayVariant> displayVariants()
+{
+    QList<DisplayVariant> variants;
+    for (const char* const scale : {"1", "2"}) {
+        for (const char* const language : {"en_GB.UTF-8", "zh_CN.UTF-8"})
+            variants.push_back({{"QT_SCALE_FACTOR", scale}, {"LC_ALL", language}});
+    }
+    return variants;
+}
+
+TEST_F(WorkbenchLooks, EveryTextHasRoom)
+{
+    EXPECT_EQ(m_window->devicePixelRatioF(), qEnvironmentVariable("QT_SCALE_FACTOR").toDouble());
+    for (const bool merged : {false, true}) {
+        m_workbench->accounts().setMerged(merged);
+        QCoreApplication::sendPostedEvents();
+        for (const auto& [widget, text] : texts()) {
+            const QSize needed = widget->hasHeightForWidth()
+                                     ? QSize(widget->minimumSizeHint().width(),
+                                             widget->heightForWidth(widget->width()))
+                                     : widget->sizeHint();
+            EXPECT_GE(widget->width(), needed.width()) << text.toStdString();
+            EXPECT_GE(widget->height(), needed.height()) << text.toStdString();
+            EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry()))
+                << text.toStdString();
+        }
+    }
+}
+
+TEST_F(WorkbenchLooks, TextsAreReadableInEverySkin)
+{
+    for (int skin = 0; skin < kSkins; ++skin) {
+        m_workbench->accounts().changeSkin(skin);
+        for (const auto& [widget, text] : texts()) {
+            EXPECT_GE(contrastIn(picture(*widget)), kReadable)
+                << Theme::of(skin).name << ": " << text.toStdString();
+        }
+    }
+}
+
+TEST(WorkbenchTheme, ColoursAreReadableOnEachOther)
+{
+    for (int skin = 0; skin < kSkins; ++skin) {
+        const Theme& theme = Theme::of(skin);
+        const QColor grounds[] = {theme.ground, theme.card};
+        for (const QColor& ground : grounds) {
+            EXPECT_GE(contrast(ground, theme.text), kReadable) << theme.name;
+            EXPECT_GE(contrast(ground, theme.dim), kReadable) << theme.name;
+        }
+        const QColor sides[] = {theme.side, theme.sideHover(), theme.sideFront()};
+        for (const QColor& side : sides) {
+            EXPECT_GE(contrast(side, Qt::white), kReadable) << theme.name;
+            EXPECT_GE(contrast(side, theme.sideDim()), kReadable) << theme.name;
+        }
+        EXPECT_GE(contrast(theme.accent, Qt::white), kReadable) << theme.name;
+        EXPECT_GE(contrast(theme.card, theme.focus), kReadable) << theme.name;
+    }
+    EXPECT_GE(contrast(Theme::kMarked, Qt::white), kReadable);
+}
+
+TEST(WorkbenchTheme, SomeSkinsAreDark)
+{
+    QList<bool> dark;
+    for (int skin = 0; skin < kSkins; ++skin)
+        dark << (luminance(Theme::of(skin).ground) < luminance(Theme::of(skin).text));
+    EXPECT_EQ(dark, (QList<bool>{false, false, false, false, true, true}));
+}
+
+TEST_F(WorkbenchLooks, TextsAreInTheUsersLanguage)
+{
+    const bool isChinese = qgetenv("LC_ALL").startsWith("zh");
+    for (const auto& [widget, text] : texts()) {
+        // Names and numbers are in no language.
+        if (text == QLatin1String("waiter") || text == QLatin1String("1"))
+            continue;
+        EXPECT_EQ(text.contains(kChinese), isChinese) << text.toStdString();
+    }
+}
+
+TEST_F(WorkbenchLooks, KeyboardReachesEverything)
+{
+    const auto name = [](const QWidget* widget) {
+        const auto* button = qobject_cast<const QAbstractButton*>(widget);
+        return button && button->isCheckable() ? QStringLiteral("presence") : widget->objectName();
+    };
+    const QStringList walk =
+        QStringLiteral("accounts presence presence presence forAll activity merge minimise hide")
+            .split(QLatin1Char(' '));
+    QStringList there;
+    QStringList back;
+    accounts().setFocus();
+    for (int i = 0; i < walk.size(); ++i) {
+        there << name(QApplication::focusWidget());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(QApplication::focusWidget(), &accounts());
+    for (int i = 0; i < walk.size(); ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+        back.prepend(name(QApplication::focusWidget()));
+    }
+    EXPECT_EQ(there, walk) << there.join(QLatin1Char(' ')).toStdString();
+    EXPECT_EQ(back, walk) << back.join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(WorkbenchLooks, EveryLetterIsForOneControl)
+{
+    QHash<QString, QString> letters;
+    for (const auto& [widget, text] : texts()) {
+        const QString letter = QKeySequence::mnemonic(text).toString();
+        if (letter.isEmpty())
+            continue;
+        EXPECT_FALSE(letters.contains(letter)) << letter.toStdString();
+        letters.insert(letter, text);
+    }
+    EXPECT_EQ(letters.size(), 7) << "the two lists, the presence, and four buttons";
+    QTest::keyClick(m_window, Qt::Key_T, Qt::AltModifier);
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), QLatin1String("activity"));
+    QTest::keyClick(m_window, Qt::Key_H, Qt::AltModifier);
+    EXPECT_TRUE(waitUntil([this] { return !m_window->isVisible(); }));
+}
+
+TEST(WorkbenchTexts, AllAreThereInChinese)
+{
+    const ChineseTexts chinese;
+    const QRegularExpression marked(
+        QStringLiteral("(?:\\btr\\(|NOOP\\(\"\\w+\", |translate\\(\"\\w+\", )\"([^\"]+)\""));
+    const QDir folder(QStringLiteral(PAVO_WORKBENCH_DIR));
+    int count = 0;
+    for (const QFileInfo& source : folder.entryInfoList({QStringLiteral("*.cpp")})) {
+        QFile file(source.filePath());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        auto matches = marked.globalMatch(QString::fromUtf8(file.readAll()));
+        for (; matches.hasNext(); ++count) {
+            const QByteArray text = matches.next().captured(1).toUtf8();
+            EXPECT_TRUE(chinese.translate("", text.constData(), nullptr, -1).contains(kChinese))
+                << source.fileName().toStdString() << ": " << text.constData();
+        }
+    }
+    EXPECT_GT(count, 30);
+}

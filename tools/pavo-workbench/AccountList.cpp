@@ -1,0 +1,79 @@
+#include "tools/pavo-workbench/AccountList.h"
+
+#include "tools/pavo-workbench/AccountDelegate.h"
+#include "tools/pavo-workbench/Accounts.h"
+
+#include <QShortcut>
+
+namespace {
+
+constexpr int kNumberKeys = 9;
+
+} // namespace
+
+AccountList::AccountList()
+    : m_delegate(new AccountDelegate(this))
+{
+    setObjectName(QStringLiteral("accounts"));
+    setAccessibleName(tr("Accounts"));
+    setItemDelegate(m_delegate);
+    setMouseTracking(true);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    connect(this, &QListWidget::itemClicked, this, &AccountList::choose);
+    makeShortcuts();
+}
+
+void AccountList::makeShortcuts()
+{
+    // Not the item's activation, which a double click is besides its clicks.
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* shortcut = new QShortcut(key, this);
+        shortcut->setContext(Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, [this] { choose(currentItem()); });
+    }
+    for (int number = 0; number < kNumberKeys; ++number) {
+        auto* shortcut = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_1 + number), this);
+        connect(shortcut, &QShortcut::activated, this, [this, number] { choose(item(number)); });
+    }
+}
+
+void AccountList::choose(const QListWidgetItem* item)
+{
+    if (item)
+        Q_EMIT chosen(item->text());
+}
+
+void AccountList::setTheme(const Theme& theme)
+{
+    m_delegate->setTheme(theme);
+    viewport()->update();
+}
+
+void AccountList::refresh(const Accounts& accounts)
+{
+    const MASelectedAccount selected = accounts.selected();
+    // The keyboard is where the front is, or stays where the user has taken it from there.
+    const QListWidgetItem* const before = currentItem();
+    const bool stays = before && !before->data(AccountDelegate::FrontRole).toBool();
+    const QString current = stays ? before->text() : QString();
+    clear();
+    for (const MAAccountInfo& account : accounts.list()) {
+        // Behind a window of its own an account is the only one, whatever was heard last.
+        const bool isFront = selected.mergeWindow()
+                                 ? account.equalAccount(selected.appID, selected.pin)
+                                 : QString::fromStdString(account.pin) == accounts.pin();
+        if (!isFront && !selected.mergeWindow())
+            continue;
+        auto* item = new QListWidgetItem(QString::fromStdString(account.pin), this);
+        item->setToolTip(count() > kNumberKeys
+                             ? item->text()
+                             : QStringLiteral("%1 (Ctrl+%2)").arg(item->text()).arg(count()));
+        item->setData(AccountDelegate::SkinRole, account.skin);
+        item->setData(AccountDelegate::LoginStateRole, account.loginState);
+        item->setData(AccountDelegate::UnreadRole, account.unread);
+        item->setData(AccountDelegate::MarkRole, account.unreadMark);
+        item->setData(AccountDelegate::FrontRole, isFront);
+        if (item->text() == current || (isFront && !currentItem()))
+            setCurrentItem(item);
+    }
+}

@@ -1,0 +1,47 @@
+#include "tools/pavo-workbench/ActivityList.h"
+
+#include "tools/pavo-workbench/ActivityDelegate.h"
+
+#include <QLabel>
+#include <QTime>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kLength = 500;
+
+} // namespace
+
+ActivityList::ActivityList()
+    : m_delegate(new ActivityDelegate(this))
+    , m_nothing(new QLabel(tr("The host has not asked for anything yet.")))
+{
+    setObjectName(QStringLiteral("activity"));
+    setAccessibleName(tr("Activity"));
+    setItemDelegate(m_delegate);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollMode(ScrollPerPixel);
+    m_nothing->setObjectName(QStringLiteral("nothing"));
+    m_nothing->setAlignment(Qt::AlignCenter);
+    m_nothing->setWordWrap(true);
+    (new QVBoxLayout(viewport()))->addWidget(m_nothing);
+}
+
+void ActivityList::setTheme(const Theme& theme)
+{
+    m_delegate->setTheme(theme);
+    viewport()->update();
+}
+
+void ActivityList::add(const QString& what, const QString& detail)
+{
+    m_nothing->hide();
+    auto* item = new QListWidgetItem(what);
+    item->setData(ActivityDelegate::DetailRole, detail);
+    item->setData(ActivityDelegate::TimeRole,
+                  QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
+    item->setToolTip(detail);
+    insertItem(0, item);
+    delete takeItem(kLength);
+    scrollToTop();
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QFont>
+
+class QColor;
+class QPainter;
+class QRect;
+
+/// What the delegates have in common.
+namespace Painting {
+
+QFont sized(QFont font, int pixels, bool bold);
+
+/// Writes one line into the middle of `place`, with dots at its end where there is no room for all
+/// of it.
+void writeLine(QPainter& painter, const QRect& place, const QString& text, const QFont& font,
+               const QColor& colour, Qt::AlignmentFlag side = Qt::AlignLeft);
+
+} // namespace Painting
