@@ -14,21 +14,23 @@ if (workbench.length === 0) {
   console.error("usage: node host.js PAVO_HOST WORKBENCH [ARGUMENTS...]");
   process.exit(2);
 }
-const bridge = spawn(pavoHost, ["--", ...workbench], { stdio: ["pipe", "pipe", "inherit"] });
+const bridge = spawn(pavoHost, ["--json", "--", ...workbench], {
+  stdio: ["pipe", "pipe", "inherit"],
+});
 
 function send(name, ...values) {
   console.log(">", name, JSON.stringify(values));
   bridge.stdin.write(`${name} ${JSON.stringify(values)}\n`);
 }
 
-/** The workbench's messages; the other lines of pavo-host are shown as they are. */
+/** The workbench's messages. What the workbench prints is shown. */
 async function* receive() {
   for await (const line of readline.createInterface({ input: bridge.stdout })) {
-    const [, name, values] = /^ *[\d.]+  host <--   (\w+) (.*)$/.exec(line) ?? [];
-    if (name) {
-      yield { name, values: JSON.parse(values) };
-    } else {
-      console.log(line);
+    const event = JSON.parse(line);
+    if (event.kind === "received") {
+      yield { name: event.name, values: event.arguments };
+    } else if (event.kind === "output") {
+      console.log(event.text);
     }
   }
 }
