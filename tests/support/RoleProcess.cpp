@@ -72,9 +72,14 @@ RoleProcess::~RoleProcess()
 std::string RoleProcess::nextLine(int deadlineMs)
 {
     const QDeadlineTimer deadline(deadlineMs);
-    while (!m_process.canReadLine())
-        if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
-            return {};
+    while (!m_process.canReadLine()) {
+        if (m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
+            continue;
+        if (!isRunning())
+            std::fprintf(stderr, "A process is waited for that has ended: %s, exit code %d\n",
+                         qUtf8Printable(m_process.errorString()), m_process.exitCode());
+        return {};
+    }
     return m_process.readLine().trimmed().toStdString();
 }
 
