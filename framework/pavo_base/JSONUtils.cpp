@@ -7,29 +7,46 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 namespace {
 
-// A reader takes longer to configure than to do its work and keeps state while it does it, so each
-// thread has one. It goes with its thread; static destructors and exit handlers come after that on
-// the main thread and get a new one, which stays until the process is gone.
-Json::CharReader& threadsReader()
+std::unique_ptr<Json::CharReader> makeReader()
 {
-    thread_local Json::CharReader* reader = nullptr;
-    struct Cleaner
-    {
-        ~Cleaner() { delete std::exchange(reader, nullptr); }
-    };
-    thread_local const Cleaner cleaner;
-    if (!reader) {
-        Json::CharReaderBuilder builder;
-        builder["failIfExtra"] = true;
-        builder["stackLimit"] = JSONUtils::kMaxDepth;
-        reader = builder.newCharReader();
+    Json::CharReaderBuilder builder;
+    builder["failIfExtra"] = true;
+    builder["stackLimit"] = JSONUtils::kMaxDepth;
+    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+}
+
+struct IdleReaders
+{
+    std::mutex mutex;
+    std::vector<std::unique_ptr<Json::CharReader>> readers;
+};
+
+// A reader takes longer to configure than to do its work and keeps state while it does it, so each
+// is kept for the next text and lent to one thread at a time. It is nobody's in particular: what
+// belongs to a thread is not always destroyed with it where MinGW keeps it. Nobody ever waits here,
+// as the process may be ending and the thread that holds the lock be gone.
+bool parseWithReader(const char* begin, const char* end, Json::Value& value)
+{
+    static auto* const idle = new IdleReaders; // Also for exit handlers and static destructors.
+    std::unique_ptr<Json::CharReader> reader;
+    if (const std::unique_lock lock(idle->mutex, std::try_to_lock);
+        lock && !idle->readers.empty()) {
+        reader = std::move(idle->readers.back());
+        idle->readers.pop_back();
     }
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the cleaner runs when the thread ends
-    return *reader;
+    if (!reader)
+        reader = makeReader();
+    const bool isParsed = reader->parse(begin, end, &value, nullptr);
+    if (const std::unique_lock lock(idle->mutex, std::try_to_lock); lock)
+        idle->readers.push_back(std::move(reader));
+    return isParsed;
 }
 
 // jsoncpp's own settings against these leave gaps: it skips comments between the items of a
@@ -73,8 +90,7 @@ bool parse(const char* begin, const char* end, Json::Value& value)
     if (JsonScanner(begin, end).read(value))
         return true;
     try {
-        return !hasCommentOrTrailingComma(begin, end) &&
-               threadsReader().parse(begin, end, &value, nullptr);
+        return !hasCommentOrTrailingComma(begin, end) && parseWithReader(begin, end, value);
     } catch (const Json::Exception&) {
         return false; // nested too deeply
     }

@@ -1,4 +1,5 @@
 #include "pavo_base/JSONUtils.h"
+#include "tests/support/Memory.h"
 
 #include <gtest/gtest.h>
 #include <json/writer.h>
@@ -461,6 +462,19 @@ TEST(JSONUtils, threadsDoNotDisturbEachOther)
     }
     for (std::thread& thread : threads)
         thread.join();
+}
+
+TEST(JSONUtils, threadsThatHaveEndedLeaveNothing)
+{
+    const auto useOnAThread = [] {
+        std::thread([] { EXPECT_EQ(parsed("[1.5]")[0], 1.5); }).join();
+    };
+    useOnAThread();
+    const std::size_t before = heapBytesInUse();
+    for (int i = 0; i < 100; ++i)
+        useOnAThread();
+    // Less than half of what a reader for each would take.
+    EXPECT_LT(heapBytesInUse(), before + 50 * 1024);
 }
 
 TEST(JSONUtilsDeathTest, worksInExitHandlers)
