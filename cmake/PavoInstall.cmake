@@ -4,6 +4,9 @@
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
+# Below 1.0 a minor version may change the interface: no program takes another one for its own.
+set(pavo_interface_version ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+
 if(WIN32)
   set(pavo_library_folder ${CMAKE_INSTALL_BINDIR})
 else()
@@ -28,8 +31,8 @@ function(pavo_install_debug component folder)
         COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> ${debug})
       install(FILES ${debug} DESTINATION ${folder}/.debug COMPONENT pavo_debug)
       install(CODE "execute_process(
-        COMMAND ${CMAKE_OBJCOPY} --strip-unneeded --add-gnu-debuglink=${debug}
-          \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}/$<TARGET_FILE_NAME:${target}>
+        COMMAND \"${CMAKE_OBJCOPY}\" --strip-unneeded \"--add-gnu-debuglink=${debug}\"
+          \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}/$<TARGET_FILE_NAME:${target}>\"
         COMMAND_ERROR_IS_FATAL ANY)" COMPONENT ${component})
     endif()
   endforeach()
@@ -41,7 +44,7 @@ function(pavo_install_package package)
   set(development ${package}_development)
   set(folder ${CMAKE_INSTALL_LIBDIR}/cmake/${package})
   set_target_properties(${ARGN} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    VERSION ${PROJECT_VERSION} SOVERSION ${pavo_interface_version})
   install(TARGETS ${ARGN} EXPORT ${package}Targets
     RUNTIME COMPONENT ${package}
     LIBRARY COMPONENT ${package} NAMELINK_COMPONENT ${development}
@@ -53,7 +56,6 @@ function(pavo_install_package package)
   set(generated ${CMAKE_CURRENT_BINARY_DIR}/${package})
   configure_package_config_file(${PROJECT_SOURCE_DIR}/packaging/${package}Config.cmake.in
     ${generated}Config.cmake INSTALL_DESTINATION ${folder})
-  # Below 1.0 a minor version may change the interface.
   write_basic_package_version_file(${generated}ConfigVersion.cmake COMPATIBILITY SameMinorVersion)
   install(FILES ${generated}Config.cmake ${generated}ConfigVersion.cmake
     DESTINATION ${folder} COMPONENT ${development})

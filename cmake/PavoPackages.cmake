@@ -33,7 +33,7 @@ else()
   set(CPACK_DEBIAN_DEBUG_PACKAGE_SHLIBDEPS OFF)
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
-  set(runtime libpavo-ipc${PROJECT_VERSION_MAJOR})
+  set(runtime libpavo-ipc${pavo_interface_version})
   set(same_runtime "${runtime} (= ${PROJECT_VERSION})")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime})
   set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "The library, and the framework below it")
