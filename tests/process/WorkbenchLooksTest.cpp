@@ -180,6 +180,7 @@ TEST(WorkbenchTheme, ColoursAreReadableOnEachOther)
             EXPECT_GE(contrast(side, theme.sideDim()), kReadable) << theme.name;
         }
         EXPECT_GE(contrast(theme.accent, Qt::white), kReadable) << theme.name;
+        EXPECT_GE(contrast(theme.sideBadge(), Qt::white), kReadable) << theme.name;
         EXPECT_GE(contrast(theme.card, theme.focus), kReadable) << theme.name;
     }
     EXPECT_GE(contrast(Theme::kMarked, Qt::white), kReadable);

@@ -44,7 +44,7 @@ int AccountDelegate::paintBadge(QPainter& painter, const QRect& row, const QMode
     const bool isMarked = index.data(MarkRole).toInt() != 0;
     if (unread <= 0 && !isMarked)
         return 0;
-    painter.setBrush(isMarked ? QColor(Theme::kMarked) : m_theme->sideFront());
+    painter.setBrush(isMarked ? QColor(Theme::kMarked) : m_theme->sideBadge());
     if (unread <= 0) {
         const int inset = (kBadge - kMarkDot) / 2;
         painter.drawEllipse(QRect(row.right() - kMargin - kMarkDot - inset,

@@ -85,6 +85,11 @@ QColor Theme::sideHover() const
     return mixed(side, 8);
 }
 
+QColor Theme::sideBadge() const
+{
+    return mixed(side, 30);
+}
+
 QString Theme::styleSheet() const
 {
     const struct

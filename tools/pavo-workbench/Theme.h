@@ -21,10 +21,12 @@ struct Theme
     /// Of a count of unread messages that are marked, under white letters.
     static constexpr QRgb kMarked = 0xffd42f3a;
 
-    /// On the side panel: text that matters less, the row in front, a row under the mouse.
+    /// On the side panel: text that matters less, the row in front, a row under the mouse, and a
+    /// count of unread messages that are not marked.
     [[nodiscard]] QColor sideDim() const;
     [[nodiscard]] QColor sideFront() const;
     [[nodiscard]] QColor sideHover() const;
+    [[nodiscard]] QColor sideBadge() const;
 
     [[nodiscard]] QString styleSheet() const;
 };
