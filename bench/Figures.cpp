@@ -64,9 +64,10 @@ void Figures::writeTargets(std::ostream& out) const
         const Series* const own = find(target.measurement, target.parameter, kLibrary, target.unit);
         const Series* const other =
             find(target.measurement, target.otherParameter, target.other, target.unit);
-        if (!own || !other)
+        const bool isAbsolute = target.other == std::string(kNothing);
+        if (!own || (!other && !isAbsolute))
             continue;
-        const double ratio = own->median() / other->median();
+        const double ratio = isAbsolute ? own->median() : own->median() / other->median();
         const bool reached = target.atLeast ? ratio >= target.limit : ratio <= target.limit;
         out << "| " << std::left << std::setw(17) << target.measurement << " | " << std::right
             << std::setw(3) << target.parameter << " | " << std::left << std::setw(14)
