@@ -7,12 +7,13 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <memory>
+#include <utility>
 
 namespace pavo::posix {
 namespace {
@@ -28,9 +29,28 @@ constexpr int kHandleDigits = 16;
 // Prefix, digest, handle and what separates them.
 constexpr int kFileNameLength = sizeof kPrefix - 1 + 40 + 1 + kHandleDigits;
 
-// The file of the window that this thread has found last: whoever looks for a window goes on to
-// post to it. No object, so that it outlives the thread's.
-thread_local char lastFound[kFileNameLength];
+struct Window
+{
+    HWND handle = nullptr;
+    UniqueFd fifo;
+};
+
+// The window that this thread has looked up last: whoever finds one goes on to post to it. It goes
+// with its thread; static destructors and exit handlers get a new one, which stays until the
+// process is gone.
+Window& lastWindow()
+{
+    thread_local Window* window = nullptr;
+    struct Cleaner
+    {
+        ~Cleaner() { delete std::exchange(window, nullptr); }
+    };
+    thread_local const Cleaner cleaner;
+    if (!window)
+        window = new Window;
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the cleaner runs when the thread ends
+    return *window;
+}
 
 QByteArray handleDigits(HWND window)
 {
@@ -54,6 +74,12 @@ UniqueFd openLiving(const UniqueFd& folder, const char* name)
     if (!fifo && errno == ENXIO)
         ::unlinkat(folder.get(), name, 0);
     return fifo;
+}
+
+bool hasReader(const UniqueFd& fifo)
+{
+    pollfd watched = {fifo.get(), 0, 0};
+    return fifo && ::poll(&watched, 1, 0) == 0;
 }
 
 // Opens the first living window whose file name fits; `name` becomes that.
@@ -123,27 +149,30 @@ HWND findWindow(const QString& className, const QString& title)
         return each.startsWith(prefix) && each.size() == kFileNameLength;
     };
     QByteArray name = linkTarget(folder, linkName(prefix));
-    if ((!fits(name) || !openLiving(folder, name)) && !openFirst(folder, fits, name))
+    UniqueFd fifo = fits(name) ? openLiving(folder, name) : UniqueFd();
+    if (!fifo)
+        fifo = openFirst(folder, fits, name);
+    if (!fifo)
         return nullptr;
-    std::copy_n(name.constData(), kFileNameLength, lastFound);
-    return windowHandle(name.right(kHandleDigits).toULongLong(nullptr, 16));
+    HWND window = windowHandle(name.right(kHandleDigits).toULongLong(nullptr, 16));
+    lastWindow() = {window, std::move(fifo)};
+    return window;
 }
 
-UniqueFd openWindow(HWND window, bool* isVisible)
+int windowFifo(HWND window)
 {
+    Window& last = lastWindow();
+    if (last.handle == window && hasReader(last.fifo))
+        return last.fifo.get();
     UniqueFd folder;
     if (openRuntimeFolder(folder) != ERROR_SUCCESS)
-        return {};
+        return -1;
     const QByteArray ending = '-' + handleDigits(window);
-    QByteArray name(lastFound, kFileNameLength);
-    UniqueFd fifo = name.endsWith(ending) ? openLiving(folder, name) : UniqueFd();
-    if (!fifo)
-        fifo = openFirst(
-            folder, [&](const QByteArray& each) { return each.endsWith(ending); }, name);
-    struct stat status = {};
-    if (fifo && isVisible)
-        *isVisible = ::fstat(fifo.get(), &status) == 0 && (status.st_mode & S_IXUSR) != 0;
-    return fifo;
+    QByteArray name;
+    last = {window,
+            openFirst(
+                folder, [&](const QByteArray& each) { return each.endsWith(ending); }, name)};
+    return last.fifo.get();
 }
 
 } // namespace pavo::posix

@@ -42,7 +42,7 @@ QByteArray windowFileName(const QString& className, const QString& title, HWND w
 // The window of that class and title, or null. Handed out by FindWindowW.
 HWND findWindow(const QString& className, const QString& title);
 
-// The FIFO of a living window, open for writing; `isVisible` may be null.
-UniqueFd openWindow(HWND window, bool* isVisible);
+// The FIFO of a living window, open for writing until this thread looks for another window, or -1.
+int windowFifo(HWND window);
 
 } // namespace pavo::posix

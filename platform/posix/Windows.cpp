@@ -3,6 +3,8 @@
 #include "platform/posix/LastError.h"
 #include "platform/posix/WindowPlace.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -43,10 +45,10 @@ private:
 };
 
 // Whole or not at all, and without waiting; a full FIFO is a full message queue.
-DWORD writeMessage(const UniqueFd& fifo, const PostedMessage& posted)
+DWORD writeMessage(int fifo, const PostedMessage& posted)
 {
     const NoPipeSignal noSignal;
-    if (::write(fifo.get(), &posted, sizeof posted) == static_cast<ssize_t>(sizeof posted))
+    if (::write(fifo, &posted, sizeof posted) == static_cast<ssize_t>(sizeof posted))
         return ERROR_SUCCESS;
     return errno == EAGAIN ? ERROR_NOT_ENOUGH_QUOTA : ERROR_INVALID_WINDOW_HANDLE;
 }
@@ -64,21 +66,21 @@ HWND FindWindowW(LPCWSTR className, LPCWSTR title)
 
 BOOL IsWindow(HWND window)
 {
-    return conclude(openWindow(window, nullptr) ? ERROR_SUCCESS : ERROR_INVALID_WINDOW_HANDLE);
+    return conclude(windowFifo(window) >= 0 ? ERROR_SUCCESS : ERROR_INVALID_WINDOW_HANDLE);
 }
 
 BOOL IsWindowVisible(HWND window)
 {
-    bool isVisible = false;
-    if (!openWindow(window, &isVisible))
+    struct stat status = {};
+    if (::fstat(windowFifo(window), &status) != 0)
         return conclude(ERROR_INVALID_WINDOW_HANDLE);
-    return isVisible ? 1 : 0;
+    return (status.st_mode & S_IXUSR) != 0 ? 1 : 0;
 }
 
 BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    const UniqueFd fifo = openWindow(window, nullptr);
-    if (!fifo)
+    const int fifo = windowFifo(window);
+    if (fifo < 0)
         return conclude(ERROR_INVALID_WINDOW_HANDLE);
     return conclude(writeMessage(fifo, {message, wParam, lParam}));
 }
