@@ -73,14 +73,16 @@ bool MAAccountInfo::parseJSON(const char* data, int length, std::list<MAAccountI
 
 std::string MAAccountInfo::toJSON(const std::list<MAAccountInfo>& list)
 {
-    Json::Value root;
+    std::string text;
+    // One element after the other in the same value, whose members are made only once.
+    Json::Value element;
     for (const MAAccountInfo& account : list) {
-        Json::Value element;
         for (const auto& [key, member] : kTexts)
             JSONUtils::put(key, account.*member, element);
         for (const auto& [key, member] : kNumbers)
             JSONUtils::put(key, account.*member, element);
-        root.append(std::move(element));
+        text += text.empty() ? '[' : ',';
+        text += JSONUtils::stringFromJSON(element);
     }
-    return JSONUtils::stringFromJSON(root);
+    return text.empty() ? JSONUtils::stringFromJSON(element) : text + ']';
 }
