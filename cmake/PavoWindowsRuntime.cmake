@@ -1,5 +1,4 @@
-# Windows looks for the DLLs of an executable beside it.
+# Windows looks for the DLLs of an executable beside it, and Qt for its plug-ins in folders there.
 
-file(GLOB pavo_runtime_dlls ${PAVO_WINDOWS_PREFIX}/dlls/*.dll)
-file(COPY ${pavo_runtime_dlls} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+file(COPY ${PAVO_WINDOWS_PREFIX}/dlls/ DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 install(DIRECTORY ${PAVO_WINDOWS_PREFIX}/dlls/ DESTINATION bin COMPONENT pavo_framework)

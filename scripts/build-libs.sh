@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# build-libs.sh [--prefix] TARGET: makes the third-party libraries of TARGET, windows or tsan, unless
-# they are there, and prints the folder they are in; with --prefix it only prints. The folder's name
-# carries a hash of the recipe, so that another recipe has another folder.
+# build-libs.sh [--prefix] TARGET: makes the third-party libraries of TARGET, windows, windows-gui or
+# tsan, unless they are there, and prints the folder they are in; with --prefix it only prints. The
+# folder's name carries a hash of the recipe, so that another recipe has another folder.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 
@@ -11,12 +11,14 @@ if [ "${1-}" = --prefix ]; then
     shift
 fi
 recipe=$root/scripts/libs/${1-}.sh
+parts=("$recipe")
 case ${1-} in
     windows | tsan) target=$1 ;;
-    *) say "usage: build-libs.sh [--prefix] windows|tsan"; exit 2 ;;
+    windows-gui) target=$1 parts+=("$root/scripts/libs/windows.sh") ;;
+    *) say "usage: build-libs.sh [--prefix] windows|windows-gui|tsan"; exit 2 ;;
 esac
 
-hash=$(cat "$recipe" "$root/scripts/libs/common.sh" "$root/cmake/toolchain-windows.cmake" \
+hash=$(cat "${parts[@]}" "$root/scripts/libs/common.sh" "$root/cmake/toolchain-windows.cmake" \
     | sha256sum | cut -c 1-12)
 folder=$cache/$target-$hash
 prefix=$folder/prefix

@@ -6,9 +6,6 @@
 #include <QApplication>
 #include <QLocale>
 
-#include <algorithm>
-#include <iterator>
-
 namespace {
 
 class WidgetScreen : public Screen
@@ -30,14 +27,6 @@ private:
 bool Screen::isBuiltIn()
 {
     return true;
-}
-
-bool Screen::hasDisplay()
-{
-    // Qt ends the process when it finds none. The platform may also be one without displays.
-    constexpr const char* kVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
-    return std::any_of(std::begin(kVariables), std::end(kVariables),
-                       [](const char* name) { return !qEnvironmentVariableIsEmpty(name); });
 }
 
 std::unique_ptr<QCoreApplication> Screen::makeApplication(int& argc, char** argv)
