@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <cstddef>
+#include <cstdio>
+
 #ifndef ENABLE_VIRTUAL_TERMINAL_PROCESSING
 #define ENABLE_VIRTUAL_TERMINAL_PROCESSING 0x0004
 #endif
@@ -21,8 +24,12 @@ struct Terminal::State
 Terminal::Terminal()
     : m_state(std::make_unique<State>())
 {
-    if (m_state->isConsole)
-        SetConsoleOutputCP(CP_UTF8);
+    if (!m_state->isConsole)
+        return;
+    SetConsoleOutputCP(CP_UTF8);
+    // Byte by byte, as the C library writes to a console otherwise, no letter would be whole.
+    constexpr std::size_t kBufferSize = 65536;
+    std::setvbuf(stdout, nullptr, _IOFBF, kBufferSize);
 }
 
 Terminal::~Terminal()
