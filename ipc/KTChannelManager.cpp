@@ -72,7 +72,7 @@ bool KTChannelManager::startUp(const QString& commandLine,
     m_started = parseStartUpParam(commandLine);
     if (m_started) {
         // The pipes' threads log: they have to end before the logger and Qt do.
-        pavo::closeAtProcessExit([] { sharedInstance()->closePipes(); });
+        pavo::closeAtProcessExit([] { sharedInstance()->closeAtExit(); });
         // A context whose requests are being replayed goes when that is done.
         if (!m_context || m_context == m_replayed)
             m_context = std::make_shared<KTStartUpContext>();
@@ -119,16 +119,8 @@ bool KTChannelManager::parseStartUpParam(const QString& commandLine)
 void KTChannelManager::startReader(const QString& name)
 {
     m_reader = new NamedPipe(NamedPipe::Reader);
-    // What an earlier start-up's reader has said may still be on its way.
-    connect(m_reader, &NamedPipe::sigReadyRead, this,
-            [this, startUp = m_startUps](const QString& text) {
-                if (startUp == m_startUps)
-                    slotReadyRead(text);
-            });
-    connect(m_reader, &NamedPipe::sigExitPipe, this, [this, startUp = m_startUps] {
-        if (startUp == m_startUps)
-            slotExitReadPipe();
-    });
+    connect(m_reader, &NamedPipe::sigReadyRead, this, &KTChannelManager::slotReadyRead);
+    connect(m_reader, &NamedPipe::sigExitPipe, this, &KTChannelManager::slotExitReadPipe);
     m_reader->startReaderThread(name);
 }
 
@@ -149,16 +141,44 @@ void KTChannelManager::closePipes()
 
 void KTChannelManager::retirePipes()
 {
-    ++m_startUps;
     NamedPipe* const writer = m_writer.exchange(nullptr);
     while (m_senders != 0)
         QThread::yieldCurrentThread();
     delete writer;
-    delete std::exchange(m_reader, nullptr);
+    if (m_reader) {
+        m_reader->closePipe();
+        // What it has said may still be on its way, and is known by its sender: it goes behind
+        // that.
+        QMetaObject::invokeMethod(
+            this, [reader = std::shared_ptr<NamedPipe>(std::exchange(m_reader, nullptr))] {},
+            Qt::QueuedConnection);
+    }
+}
+
+void KTChannelManager::closeAtExit()
+{
+    std::vector<QThread*> threads;
+    for (const NamedPipe* pipe : {m_writer.load(), m_reader}) {
+        if (pipe && pipe->thread() != thread())
+            threads.push_back(pipe->thread());
+    }
+    closePipes();
+    // No event loop will run any more to delete them, nor to deliver anything.
+    QCoreApplication::removePostedEvents(this);
+    for (QThread* ended : threads)
+        QCoreApplication::sendPostedEvents(ended, QEvent::DeferredDelete);
+}
+
+bool KTChannelManager::isOfAnEarlierReader() const
+{
+    const QObject* const from = sender();
+    return from && from != m_reader;
 }
 
 void KTChannelManager::slotReadyRead(QString text)
 {
+    if (isOfAnEarlierReader())
+        return;
     if (!m_started || text.isEmpty()) {
         LOG4CPLUS_WARN(Logger::logger(), "read data is empty " << text.toStdString());
         return;
@@ -184,6 +204,8 @@ void KTChannelManager::slotReadyRead(QString text)
 
 void KTChannelManager::slotExitReadPipe()
 {
+    if (isOfAnEarlierReader())
+        return;
     closePipes();
     if (m_context && m_context->startUpCallback)
         callCopy(m_context->startUpCallback, kHostWentAway, std::string(), QString());

@@ -120,10 +120,13 @@ private:
     void startWriter(const QString& name);
     void closePipes();
     void retirePipes();
+    void closeAtExit();
     void slotReadyRead(QString text);
     void slotExitReadPipe();
     void startupCompleted(unsigned int code, const QString& text);
     void replayParkedRequests();
+    /// Whether the signal being handled is of an earlier start-up's reader, overtaken by a new one.
+    bool isOfAnEarlierReader() const;
 
     /// Whether a message can leave: the channel is started and has a writer. Any thread.
     bool canSend() const;
@@ -159,6 +162,5 @@ private:
     std::shared_ptr<KTStartUpContext>
         m_replayed; ///< The context whose requests are being replayed.
     std::unique_ptr<KTChannelObserver> m_observer;
-    int m_startUps = 0;
     std::atomic<int> m_senders{0}; ///< Threads that are using the writer.
 };

@@ -31,7 +31,7 @@ void KTChannelManager::writePacket(const std::string& text)
     if (!m_started)
         return;
     const QString packet = QString::fromStdString(text);
-    // startUp() deletes the writer: it ends m_started and then waits for those that did not see it.
+    // startUp() takes the writer away, waits for those that had it before, and deletes it.
     ++m_senders;
     if (NamedPipe* const writer = m_writer)
         writer->sendData(packet);

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 namespace {
 
@@ -265,7 +264,6 @@ void NamedPipe::stopThread()
         canceller)
         canceller->waitForEnd();
     QCoreApplication::removePostedEvents(this);
-    delete std::exchange(m_thread, nullptr);
-    // What Qt keeps for a thread stays for as long as an object belongs to it.
-    moveToThread(QThread::currentThread());
+    m_thread->deleteLater();
+    m_thread = nullptr;
 }

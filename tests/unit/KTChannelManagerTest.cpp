@@ -1,4 +1,5 @@
 #include "tests/support/ChannelFixture.h"
+#include "tests/support/Memory.h"
 
 #include "pavo_core/PAVOCore.h"
 
@@ -560,8 +561,30 @@ TEST_F(KTChannelManagerTest, NothingOfAnEarlierStartUpIsKept)
     for (const auto& pipe : pipes)
         ASSERT_TRUE(pipe);
     EXPECT_FALSE(channel().startUp(QString(), nullptr, nullptr));
+    QCoreApplication::processEvents();
     for (const auto& pipe : pipes)
         EXPECT_FALSE(pipe);
+}
+
+TEST_F(KTChannelManagerTest, StartingAgainAndAgainTakesNoMemory)
+{
+    if (!kHeapIsMeasurable)
+        GTEST_SKIP() << "the sanitizer keeps what is freed";
+    // No host: only what a start-up itself takes is measured.
+    const auto startOften = [this](int times) {
+        for (int i = 0; i < times; ++i) {
+            EXPECT_TRUE(channel().startUp(QStringLiteral("pipe?param=no&host"), nullptr, nullptr));
+            EXPECT_FALSE(channel().startUp(QString(), nullptr, nullptr));
+            QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            log.clear();
+        }
+    };
+    startOften(20);
+    const std::size_t before = heapBytesInUse();
+    startOften(100);
+    // A pair of pipes that is kept takes more than 2 KiB.
+    EXPECT_LT(heapBytesInUse(), before + 50 * 1024);
 }
 
 TEST_F(KTChannelManagerTest, EndOfTheFirstPipeThatASecondStartUpOvertakesIsIgnored)
