@@ -23,12 +23,33 @@ function send(name, ...values) {
   bridge.stdin.write(`${name} ${JSON.stringify(values)}\n`);
 }
 
+// The end of every message of the workbench.
+const END = '","sequence":0,"source":"lx"}';
+
+/** The arguments of a message, undefined when it is none. A text that is not all ASCII comes without
+ * its end; pavo-host shows what has come of it and how many bytes that is of how many. */
+function argumentsOf(event) {
+  const cut = /^\w* (.*) \(cut: (\d+) of (\d+) bytes\)$/s.exec(event.text);
+  if (!cut) {
+    return event.arguments;
+  }
+  const [, text, came, length] = cut;
+  try {
+    return JSON.parse(text + END.slice(came - length)).arguments;
+  } catch {
+    return undefined;
+  }
+}
+
 /** The workbench's messages. What the workbench prints is shown. */
 async function* receive() {
   for await (const line of readline.createInterface({ input: bridge.stdout })) {
     const event = JSON.parse(line);
     if (event.kind === "received") {
-      yield { name: event.name, values: event.arguments };
+      const values = argumentsOf(event);
+      if (values !== undefined) {
+        yield { name: event.name, values };
+      }
     } else if (event.kind === "output") {
       console.log(event.text);
     }
@@ -36,25 +57,23 @@ async function* receive() {
 }
 const messages = receive();
 
-/** Reads until the message of that name has come. */
-async function waitFor(wanted) {
-  for (;;) {
+/** Reads until a message of each name has come, in whichever order. */
+async function waitFor(...names) {
+  const missing = new Set(names);
+  while (missing.size > 0) {
     const { done, value } = await messages.next();
     if (done) {
       throw new Error("the workbench has gone");
     }
     console.log("<", value.name, JSON.stringify(value.values));
-    if (value.name === wanted) {
-      return;
-    }
+    missing.delete(value.name);
   }
 }
 
 async function main() {
   const ended = once(bridge, "close");
-  await waitFor("StartupCompleted");
   send("Login", "waiter", false, 1, "desktop", "", "secret");
-  await waitFor("ChangeStatusCallback");
+  await waitFor("StartupCompleted", "ChangeStatusCallback");
   send("OpenLXWindow", "customer-7", 3, "order-42");
   send("ChangeStatus", 2);
   await waitFor("ChangeStatusCallback");

@@ -3,7 +3,7 @@ account in, opens a conversation, changes the presence and goes away:
 
     python3 host.py WORKBENCH [ARGUMENTS...]
 
-It does one thing after the other, so it hangs if the workbench does.
+It does one thing after the other, so it hangs if the workbench does, though not if that ends.
 """
 
 import json
@@ -11,6 +11,7 @@ import os
 import struct
 import subprocess
 import sys
+import threading
 
 if os.name == "nt":
     from pipes_win import Pipe
@@ -32,35 +33,62 @@ def send(pipe, name, *arguments):
     pipe.write(struct.pack("<I", len(text)) + text)
 
 
-def wait_for(pipe, name):
-    """Reads until the message of that name has come."""
-    while True:
+END = b'","sequence":0,"source":"lx"}'
+
+
+def text_of(frame):
+    """The JSON text of a frame. One that is not all ASCII comes shorter than its length says; what is
+    missing stands behind the arguments and is the same in every message."""
+    text = frame[4:]
+    missing = int.from_bytes(frame[:4], "little") - len(text)
+    return text + END[-missing:] if 0 < missing <= len(END) else text
+
+
+def wait_for(pipe, *names):
+    """Reads until a message of each name has come, in whichever order."""
+    names = list(names)
+    while names:
         frame = pipe.read()
         if not frame:
-            sys.exit("the workbench has gone")
-        message = json.loads(frame[4:])
+            raise ConnectionError
+        try:
+            message = json.loads(text_of(frame))
+        except ValueError:
+            continue  # It is no message.
         show("<", message["name"], message["arguments"])
-        if message["name"] == name:
-            return
+        if message["name"] in names:
+            names.remove(message["name"])
+
+
+def converse(to_workbench, from_workbench):
+    to_workbench.accept()
+    from_workbench.accept()
+    send(to_workbench, "Login", "waiter", False, 1, "desktop", "", "secret")
+    wait_for(from_workbench, "StartupCompleted", "ChangeStatusCallback")
+    send(to_workbench, "OpenLXWindow", "customer-7", 3, "order-42")
+    send(to_workbench, "ChangeStatus", 2)
+    wait_for(from_workbench, "ChangeStatusCallback")
 
 
 def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__)
+    sys.stdout.reconfigure(encoding="utf-8")
     to_workbench = Pipe(f"example-host-{os.getpid()}-to", host_writes=True)
     from_workbench = Pipe(f"example-host-{os.getpid()}-from", host_writes=False)
     channel = f"pipe?param={to_workbench.name}&{from_workbench.name}"
     workbench = subprocess.Popen([*sys.argv[1:], channel])
-    to_workbench.accept()
-    from_workbench.accept()
 
-    wait_for(from_workbench, "StartupCompleted")
-    send(to_workbench, "Login", "waiter", False, 1, "desktop", "", "secret")
-    wait_for(from_workbench, "ChangeStatusCallback")
-    send(to_workbench, "OpenLXWindow", "customer-7", 3, "order-42")
-    send(to_workbench, "ChangeStatus", 2)
-    wait_for(from_workbench, "ChangeStatusCallback")
+    def end_waiting():
+        workbench.wait()
+        to_workbench.visit()
+        from_workbench.visit()
 
+    threading.Thread(target=end_waiting, daemon=True).start()
+    try:
+        converse(to_workbench, from_workbench)
+    except OSError:
+        sys.exit("the workbench has gone")
     # The workbench leaves when its host does.
     to_workbench.close()
     sys.exit(workbench.wait())

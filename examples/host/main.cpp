@@ -3,8 +3,8 @@
 //
 //     example-host WORKBENCH [ARGUMENTS...]
 //
-// It does one thing after the other, so it hangs if the workbench does. A host for every day reads
-// on a thread of its own.
+// It does one thing after the other, so it hangs if the workbench does, though not if that ends. A
+// host for every day reads on a thread of its own.
 
 #include "platform/PipeSecurity.h"
 #include "platform/UniqueHandle.h"
@@ -13,11 +13,11 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QtEndian>
 
 #include <cstdio>
+#include <thread>
 
 namespace {
 
@@ -27,6 +27,7 @@ class Pipe
 public:
     Pipe(const QString& name, DWORD direction)
         : m_name(QStringLiteral("\\\\.\\pipe\\") + name)
+        , m_clientAccess(direction == PIPE_ACCESS_OUTBOUND ? GENERIC_READ : GENERIC_WRITE)
     {
         pavo::PipeSecurity security;
         const HANDLE handle = CreateNamedPipeA(
@@ -60,11 +61,20 @@ public:
         return message;
     }
     void close() { m_handle.reset(); }
+    /// Comes and goes as a workbench. Any thread.
+    void visit() const
+    {
+        const HANDLE visitor = CreateFileA(m_name.toUtf8().constData(), m_clientAccess, 0, nullptr,
+                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (visitor != INVALID_HANDLE_VALUE)
+            CloseHandle(visitor);
+    }
 
 private:
     static constexpr int kSize = 4096; // No message is longer.
 
-    QString m_name;
+    const QString m_name;
+    const DWORD m_clientAccess;
     pavo::UniqueHandle m_handle;
 };
 
@@ -85,30 +95,46 @@ bool send(Pipe& pipe, const char* name, const char* arguments)
     return pipe.write(frame + text);
 }
 
-/// Reads until the message of that name has come; false when the workbench has gone.
-bool await(Pipe& pipe, const char* name)
+/// The JSON text of a frame. One that is not all ASCII comes shorter than its length says; what is
+/// missing stands behind the arguments and is the same in every message.
+QByteArray textOf(const QByteArray& frame)
 {
-    for (;;) {
+    const QByteArray end = R"(","sequence":0,"source":"lx"})";
+    if (frame.size() < 4)
+        return {};
+    const QByteArray text = frame.mid(4);
+    const qint64 missing = qint64{qFromLittleEndian<quint32>(frame.constData())} - text.size();
+    return missing > 0 && missing <= end.size() ? text + end.right(static_cast<int>(missing))
+                                                : text;
+}
+
+/// Reads until a message of each name has come, in whichever order; false when the workbench has
+/// gone. What is no message is passed over.
+bool await(Pipe& pipe, QList<QByteArray> names)
+{
+    while (!names.isEmpty()) {
         const QByteArray frame = pipe.read();
         if (frame.isEmpty())
             return false;
-        const QJsonObject message = QJsonDocument::fromJson(frame.mid(4)).object();
-        const QByteArray came = message.value(QStringLiteral("name")).toString().toUtf8();
-        const QJsonArray arguments = message.value(QStringLiteral("arguments")).toArray();
-        show('<', came, QJsonDocument(arguments).toJson(QJsonDocument::Compact));
-        if (came == name)
-            return true;
+        const QJsonDocument message = QJsonDocument::fromJson(textOf(frame));
+        if (!message.isObject())
+            continue;
+        const QByteArray name = message[QStringLiteral("name")].toString().toUtf8();
+        const QJsonArray arguments = message[QStringLiteral("arguments")].toArray();
+        show('<', name, QJsonDocument(arguments).toJson(QJsonDocument::Compact));
+        names.removeOne(name);
     }
+    return true;
 }
 
 bool converse(Pipe& toWorkbench, Pipe& fromWorkbench)
 {
     return toWorkbench.awaitWorkbench() && fromWorkbench.awaitWorkbench() &&
-           await(fromWorkbench, "StartupCompleted") &&
            send(toWorkbench, "Login", R"(["waiter",false,1,"desktop","","secret"])") &&
-           await(fromWorkbench, "ChangeStatusCallback") &&
+           await(fromWorkbench, {"StartupCompleted", "ChangeStatusCallback"}) &&
            send(toWorkbench, "OpenLXWindow", R"(["customer-7",3,"order-42"])") &&
-           send(toWorkbench, "ChangeStatus", "[2]") && await(fromWorkbench, "ChangeStatusCallback");
+           send(toWorkbench, "ChangeStatus", "[2]") &&
+           await(fromWorkbench, {"ChangeStatusCallback"});
 }
 
 } // namespace
@@ -134,9 +160,15 @@ int main(int argc, char** argv)
         std::fputs("example-host: the workbench cannot be started\n", stderr);
         return 1;
     }
-    const bool fine = converse(toWorkbench, fromWorkbench);
-    // The workbench leaves when its host does.
-    toWorkbench.close();
-    workbench.waitForFinished();
+    bool fine = false;
+    std::thread conversation([&] {
+        fine = converse(toWorkbench, fromWorkbench);
+        toWorkbench.close(); // The workbench leaves when its host does.
+    });
+    workbench.waitForFinished(-1);
+    // A conversation that still waits for it goes on and finds that it has gone.
+    toWorkbench.visit();
+    fromWorkbench.visit();
+    conversation.join();
     return fine && workbench.exitStatus() == QProcess::NormalExit ? workbench.exitCode() : 1;
 }

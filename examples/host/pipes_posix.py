@@ -26,8 +26,17 @@ class Pipe:
         self._socket, _ = self._listener.accept()
         self._listener.close()
         os.unlink(self._path)
-        self._socket.recv(REQUEST_SIZE)
+        if not self._socket.recv(REQUEST_SIZE):
+            raise ConnectionError
         self._socket.send(GRANTED)
+
+    def visit(self):
+        """Ends accept() if nobody has opened the pipe yet."""
+        with socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET) as visitor:
+            try:
+                visitor.connect(self._path)
+            except OSError:
+                pass
 
     def write(self, message):
         self._socket.send(b"\0" + message)  # 0: no more of this message follows

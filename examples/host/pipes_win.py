@@ -1,6 +1,7 @@
 """The host's end of a named pipe of Windows."""
 
 import ctypes
+import os
 from ctypes import wintypes
 
 PIPE_ACCESS_INBOUND = 1
@@ -30,6 +31,7 @@ kernel32.CloseHandle.argtypes = [wintypes.HANDLE]
 class Pipe:
     def __init__(self, name, host_writes):
         self.name = "\\\\.\\pipe\\" + name
+        self._visitor_access = os.O_RDONLY if host_writes else os.O_WRONLY
         direction = PIPE_ACCESS_OUTBOUND if host_writes else PIPE_ACCESS_INBOUND
         mode = PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_REJECT_REMOTE_CLIENTS
         self._handle = kernel32.CreateNamedPipeW(
@@ -43,6 +45,13 @@ class Pipe:
         connected = kernel32.ConnectNamedPipe(self._handle, None)
         if not connected and ctypes.get_last_error() != ERROR_PIPE_CONNECTED:
             raise ctypes.WinError(ctypes.get_last_error())
+
+    def visit(self):
+        """Ends accept() if nobody has opened the pipe yet."""
+        try:
+            os.close(os.open(self.name, self._visitor_access))
+        except OSError:
+            pass
 
     def write(self, message):
         count = wintypes.DWORD()

@@ -1,3 +1,7 @@
+#include "ipc/KTChannelManager.h"
+#include "pavo_core/PAVOCore.h"
+#include "pavo_core/QLoginObserver.h"
+#include "pavo_core/SimulatedLoginService.h"
 #include "tests/documents/Page.h"
 #include "tests/process/Tool.h"
 #include "tests/support/RoleProcess.h"
@@ -5,11 +9,67 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QProcess>
 
-// Each host of examples/ converses with the sample workbench as docs/hosts.md says.
+// Each host of examples/ converses with workbenches as docs/hosts.md says.
 
 namespace {
+
+/// A workbench that enters its main window once its login has succeeded, and has texts in Chinese.
+class LateWorkbench
+{
+public:
+    int run()
+    {
+        m_service->addAccount("waiter", "secret");
+        m_core.getCoreConfig().clientVersion = "2.1.0";
+        PAVOCore::setShareInstance(&m_core);
+        const auto started = [](int code, const std::string&, const QString&) {
+            if (code < 0)
+                QCoreApplication::exit(1);
+        };
+        if (!channel().startUp(QCoreApplication::arguments().last(), started, nullptr))
+            return 2;
+        // Behind the channel's own observer: the host learns of the login first.
+        m_observer.onPresenceChanged = [](const std::string&, int, int presence) {
+            if (presence == SimulatedLoginService::Online)
+                QMetaObject::invokeMethod(QCoreApplication::instance(), enter);
+        };
+        m_service->addLoginObserver(&m_observer);
+        const int result = QCoreApplication::exec();
+        m_service->removeLoginObserver(&m_observer);
+        return result;
+    }
+
+private:
+    static KTChannelManager& channel() { return *KTChannelManager::sharedInstance(); }
+    static void enter()
+    {
+        auto* observer = new KTChannelObserver;
+        observer->onOpenLXWindow = [](int, const std::string&, const std::string& customer) {
+            channel().trayIconAction(true, customer + " 在等待", 1);
+        };
+        observer->onPipeClosed = [] { QCoreApplication::quit(); };
+        channel().enterMainUI(0, observer);
+    }
+
+    const std::shared_ptr<SimulatedLoginService> m_service =
+        std::make_shared<SimulatedLoginService>();
+    PAVOCore m_core{m_service};
+    QLoginObserver m_observer;
+};
+
+const Role kLateWorkbench("late-workbench", [](const QStringList& arguments) {
+    QByteArray program("late-workbench");
+    QByteArray channel = arguments.last().toLocal8Bit();
+    char* argv[] = {program.data(), channel.data(), nullptr};
+    int argc = 2;
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(
+        QStringLiteral("pavo-test-%1").arg(QCoreApplication::applicationPid()));
+    return LateWorkbench().run();
+});
 
 /// A host, as the command to which the workbench's is added.
 struct Example
@@ -39,38 +99,68 @@ std::vector<Example> examples()
 
 class HostExamplesTest : public testing::TestWithParam<Example>
 {
+protected:
+    /// Has the host start `workbench` and waits for both to end; the exit code is the host's.
+    ToolResult host(const QStringList& workbench) const
+    {
+        QStringList command = GetParam().command;
+        for (QString& word : command)
+            if (!word.contains(QLatin1Char('/')))
+                word = siblingExecutable(word);
+        QProcess process;
+        const QString program = command.takeFirst();
+        process.start(program, command + workbench);
+        if (!process.waitForFinished(10 * kDeadlineMs) ||
+            process.exitStatus() != QProcess::NormalExit)
+            return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
+        return {process.exitCode(), process.readAllStandardOutput(),
+                process.readAllStandardError()};
+    }
+
+    /// The lines of the conversation that a host has printed.
+    static std::string conversation(const QByteArray& output)
+    {
+        QByteArrayList lines;
+        for (const QByteArray& line : QByteArray(output).replace('\r', QByteArray()).split('\n'))
+            if (line.startsWith("> ") || line.startsWith("< "))
+                lines << line;
+        return lines.join('\n').toStdString();
+    }
+
+    static std::string onThePage(std::size_t which)
+    {
+        const auto blocks = Page(QStringLiteral("hosts.md"))
+                                .section(QStringLiteral("The conversation"))
+                                .blocks(QStringLiteral("text"));
+        return blocks.at(which).toStdString();
+    }
 };
 
 } // namespace
 
 TEST_P(HostExamplesTest, ConversesAsThePageSays)
 {
-    QStringList command = GetParam().command;
-    for (QString& word : command)
-        if (!word.contains(QLatin1Char('/')))
-            word = siblingExecutable(word);
-    QProcess host;
-    host.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    const QString program = command.takeFirst();
-    host.start(program, command + headlessWorkbench());
-    ASSERT_TRUE(host.waitForFinished(10 * kDeadlineMs));
-    const QString output =
-        QString::fromUtf8(host.readAllStandardOutput()).remove(QLatin1Char('\r'));
-    EXPECT_EQ(host.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(host.exitCode(), 0) << qPrintable(output);
+    const ToolResult result = host(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(conversation(result.output), onThePage(0));
+    EXPECT_TRUE(
+        result.output.contains(R"(workbench: open conversation "customer-7", kind 3, "order-42")"))
+        << result.output.constData();
+}
 
-    QStringList conversation;
-    for (const QString& line : output.split(QLatin1Char('\n')))
-        if (line.startsWith(QStringLiteral("> ")) || line.startsWith(QStringLiteral("< ")))
-            conversation << line;
-    const auto onThePage = Page(QStringLiteral("hosts.md"))
-                               .section(QStringLiteral("The conversation"))
-                               .blocks(QStringLiteral("text"));
-    ASSERT_EQ(onThePage.size(), 1U);
-    EXPECT_EQ(conversation.join(QLatin1Char('\n')).toStdString(), onThePage.front().toStdString());
-    EXPECT_TRUE(output.contains(
-        QStringLiteral(R"(workbench: open conversation "customer-7", kind 3, "order-42")")))
-        << qPrintable(output);
+TEST_P(HostExamplesTest, ConversesWithAMainWindowThatComesAfterTheLogin)
+{
+    const ToolResult result = host({QCoreApplication::applicationFilePath(),
+                                    QStringLiteral("--role"), QStringLiteral("late-workbench")});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_EQ(conversation(result.output), onThePage(1));
+}
+
+TEST_P(HostExamplesTest, SeesThatTheWorkbenchHasEndedBeforeItOpenedThePipes)
+{
+    const ToolResult result =
+        host({siblingExecutable(QStringLiteral("pavo-workbench")), QStringLiteral("--version")});
+    EXPECT_GT(result.exitCode, 0) << result.output.constData();
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, HostExamplesTest, testing::ValuesIn(examples()),
