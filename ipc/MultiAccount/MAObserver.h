@@ -12,7 +12,8 @@
 class PAVO_IPC_EXPORT MAObserver
 {
 public:
-    /// Code of the message, the account in front, the list of accounts.
+    /// Code of the message (an MACode), the account in front, the list of accounts. With separate
+    /// windows both are the own account alone. docs/window-messages.md has what leads to each code.
     std::function<void(int, MASelectedAccount&, std::list<MAAccountInfo>&)> messageCallback;
     /// The login state to switch to.
     std::function<void(int)> loginStateCallback;
