@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ipc/MultiAccount/MAAccountInfo.h"
-#include "ipc/MultiAccount/MASelectedAccount.h"
+#include "MAAccountInfo.h"
+#include "MASelectedAccount.h"
 
 /// What goes with a message of the manager. A plain value.
 struct PAVO_IPC_EXPORT MAMessageParam

@@ -1,7 +1,16 @@
 #include <pavo_core/PAVOCore.h>
 #include <pavo_core/SimulatedLoginService.h>
 #include <pavo_ipc/KTChannelManager.h>
+#include <pavo_ipc/KTChannelObserver.h>
+#include <pavo_ipc/KTKeyInfo.h>
+#include <pavo_ipc/KTStartUpContext.h>
+#include <pavo_ipc/MultiAccount/MAAccountInfo.h>
+#include <pavo_ipc/MultiAccount/MACodes.h>
 #include <pavo_ipc/MultiAccount/MAManager.h>
+#include <pavo_ipc/MultiAccount/MAMessageParam.h>
+#include <pavo_ipc/MultiAccount/MAObserver.h>
+#include <pavo_ipc/MultiAccount/MASelectedAccount.h>
+#include <pavo_ipc/PavoIpcExport.h>
 #include <pavo_ipc/PavoIpcVersion.h>
 
 #include <QCoreApplication>
