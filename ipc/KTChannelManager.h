@@ -38,9 +38,11 @@ public:
 
     /// Opens the channel that the command line names: "pipe?param=" READER "&" WRITER, READER being
     /// the pipe that the host writes. Returns whether it names two pipes; only then the callbacks
-    /// are kept and anything is started. The pipes open in the background: one that cannot be
-    /// opened is logged, and reported to `startUpCallback` as a host that has gone when it is the
-    /// reader. A second call closes the pipes of the first.
+    /// are kept and anything is started: the pipes, an observer of the login service as by
+    /// addLoginObserver(), and MAManager::createShareMemory(). The pipes open in the background:
+    /// one that cannot be opened is logged, and reported to `startUpCallback` as a host that has
+    /// gone when it is the reader. A second call closes the pipes of the first. KTStartUpContext
+    /// has what the callbacks are called with, and when.
     bool startUp(const QString& commandLine,
                  std::function<void(int, std::string, const QString)> startUpCallback,
                  std::function<void(std::string, const QString)> pinChangedCallback);

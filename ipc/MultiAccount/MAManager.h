@@ -26,6 +26,9 @@ struct MARegion;
 /// time, the selected account's; in separate mode each process shows its own. The processes post
 /// window messages to one another that say no more than: look now.
 ///
+/// Segment and window message are named after QCoreApplication::applicationName(), which has to be
+/// set before KTChannelManager::startUp() or createShareMemory(), whichever is called first.
+///
 /// Instance() may be called from any thread, everything else from one thread only: the GUI thread.
 /// Before initManager() has succeeded nothing is read, written or posted; what is then shown to the
 /// own observer is a default record and an empty list.
@@ -56,7 +59,7 @@ public:
                      const std::string& title, int skin);
 
     /// Takes this process's account out of the shared list, hands the front to a neighbour if it
-    /// had it, and leaves the segment. Returns 1, or -1 when nothing was done.
+    /// had it in merged mode, and leaves the segment. Returns 1, or -1 when nothing was done.
     int quitCurrentAccount();
 
     /// Whether this process's account has been entered, and not taken out since.
@@ -86,9 +89,9 @@ public:
     /// \name Switching between accounts
     /// @{
 
-    /// Hands the main window to another account's process. Returns false, and does nothing, without
-    /// a pin in `account` or when the segment cannot be read; that the window is not there is only
-    /// logged.
+    /// Hands the main window to another account's process; in separate mode nobody is told. Returns
+    /// false, and does nothing, without a pin in `account` or when the segment cannot be read; that
+    /// the window is not there is only logged.
     bool switchToAccount(MAAccountInfo account);
     /// Makes this process's account the selected one. Always true.
     bool switchToCurrentPin();
@@ -127,7 +130,8 @@ public:
     /// Puts the accounts with these pins at these positions, the others behind them.
     bool sortAllAccount(const std::map<std::string, int>& positions);
 
-    /// Has to be given every native window message. Returns true for those of the manager. Of both
+    /// Has to be given every native window message from when createShareMemory() has returned true:
+    /// before it takes messages of number 0. Returns true for those of the manager. Of both
     /// parameters the lower 32 bits count.
     bool handleNativeEvent(unsigned int message, long wParam, long lParam);
 
