@@ -3,6 +3,7 @@
 #include <pavo_ipc/KTChannelManager.h>
 #include <pavo_ipc/MultiAccount/MAManager.h>
 
+#include <pavo_base/Logger.h>
 #include <pavo_core/PAVOCore.h>
 #include <pavo_core/SimulatedLoginService.h>
 
@@ -105,6 +106,7 @@ private:
         auto* observer = new MAObserver; // The manager owns it. Both callbacks have to be set.
         observer->messageCallback = [this](int code, MASelectedAccount& front,
                                            std::list<MAAccountInfo>& list) {
+            // Left out: a tray's icon, of which kMAHiddenByUser and kMAToggle come.
             if (code == kMAShow && front.w > 0 && front.h > 0)
                 setGeometry(front.x, front.y, front.w, front.h);
             if (code == kMAShow || code == kMAPopUp)
@@ -165,6 +167,8 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     // The workbenches of this name share their accounts.
     QCoreApplication::setApplicationName(QStringLiteral("example-workbench"));
+
+    Logger::initialise(log4cplus::WARN_LOG_LEVEL);
 
     // A workbench has its framework's login service; this one knows one account.
     const auto service = std::make_shared<SimulatedLoginService>();
