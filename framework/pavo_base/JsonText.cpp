@@ -81,9 +81,13 @@ bool appendMembers(const Json::Value& object, int levels, std::string& out)
 bool appendElements(const Json::Value& array, int levels, std::string& out)
 {
     char separator = '[';
-    for (const Json::Value& element : array) {
+    auto element = array.begin();
+    const Json::ArrayIndex size = array.size();
+    for (Json::ArrayIndex index = 0; index < size; ++index) {
         out += separator;
-        if (!appendJson(element, levels, out))
+        // jsoncpp keeps nothing for an element that was never set.
+        const bool isSet = element.index() == index;
+        if (!appendJson(isSet ? *element++ : Json::Value::nullSingleton(), levels, out))
             return false;
         separator = ',';
     }

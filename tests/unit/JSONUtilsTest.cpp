@@ -440,6 +440,8 @@ TEST(JSONUtils, writesWhatJsoncppWrites)
     for (const Json::Value& number : {Json::Value(kMinInt64), Json::Value(Json::Value::maxInt64),
                                       Json::Value(Json::Value::maxUInt64), Json::Value(0)})
         value["integers"].append(number);
+    value["holes"][3] = 1;
+    value["holes"][5][2] = Json::Value(Json::arrayValue);
     EXPECT_EQ(JSONUtils::stringFromJSON(value), Json::writeString(jsoncpp, value));
 }
 
