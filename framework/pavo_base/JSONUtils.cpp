@@ -239,5 +239,7 @@ void JSONUtils::put(std::string_view key, Json::Value value, Json::Value& object
 std::string JSONUtils::stringFromJSON(const Json::Value& value)
 {
     std::string text;
-    return appendJson(value, kMaxDepth, text) ? text : std::string();
+    if (!appendJson(value, kMaxDepth, text))
+        text.clear();
+    return text;
 }
