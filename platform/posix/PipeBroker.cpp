@@ -50,12 +50,13 @@ DWORD removeDeadSocket(const PipePlace& place)
     struct stat status = {};
     if (fstatat(folder, place.file().c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return errno == ENOENT ? ERROR_SUCCESS : errorFromErrno(errno);
+    if (!S_ISSOCK(status.st_mode))
+        return ERROR_ACCESS_DENIED;
     const UniqueFd probe(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!probe)
         return errorFromErrno(errno);
     const sockaddr_un address = place.address();
     const bool dead =
-        S_ISSOCK(status.st_mode) &&
         connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
         errno == ECONNREFUSED;
     if (!dead)
