@@ -10,7 +10,7 @@
 class NamedPipeProbe
 {
 public:
-    /// Whether it has found its pipe taken and waits for its turn.
+    /// Whether it has found its pipe taken and is about to wait, or waits, for its turn.
     static bool waitsUntilFree(const NamedPipe& pipe)
     {
         return pipe.m_call == NamedPipe::Call::WaitUntilFree;
