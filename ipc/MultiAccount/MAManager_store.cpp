@@ -92,6 +92,9 @@ int MAManager::copyToScratch(const MARegion& region)
     const char* const text = static_cast<const char*>(m_sharedMemory.constData()) + region.offset;
     const std::size_t length = qstrnlen(text, static_cast<uint>(region.presentIn(m_sharedMemory)));
     std::memcpy(m_scratchBuffer.get(), text, length);
+    // Nothing may run on into what an earlier, longer text has left.
+    if (length < kScratchSize)
+        m_scratchBuffer[length] = '\0';
     return static_cast<int>(length);
 }
 

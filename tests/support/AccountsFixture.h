@@ -55,7 +55,7 @@ public:
     bool updateSize(int state, const QRect& rect) { return updateWindowSize(state, rect); }
 
     QSharedMemory& memory() { return m_sharedMemory; }
-    [[nodiscard]] bool hasScratchBuffer() const { return m_scratchBuffer != nullptr; }
+    [[nodiscard]] const char* scratchBuffer() const { return m_scratchBuffer.get(); }
     MAAccountInfo& own() { return m_ownAccount; }
     [[nodiscard]] MAObserver* observer() const { return m_observer.get(); }
     void setMessageId(unsigned int id) { m_messageId = id; }

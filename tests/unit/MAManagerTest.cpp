@@ -43,7 +43,7 @@ TEST_F(MAManagerTest, StartsUninitialisedAndOutsideTheSegment)
 {
     MAManagerProbe manager;
     EXPECT_FALSE(manager.isInit());
-    EXPECT_FALSE(manager.hasScratchBuffer());
+    EXPECT_EQ(manager.scratchBuffer(), nullptr);
     EXPECT_FALSE(manager.memory().isAttached());
     EXPECT_EQ(manager.observer(), nullptr);
     EXPECT_EQ(manager.messageId(), 0U);
@@ -61,7 +61,7 @@ TEST_F(MAManagerTest, FirstProcessEntersTheListAndTheFront)
     MAManagerProbe manager;
     ASSERT_TRUE(manager.initManager("app", "p", "class", "title", 4));
     EXPECT_TRUE(manager.isInit());
-    EXPECT_TRUE(manager.hasScratchBuffer());
+    EXPECT_NE(manager.scratchBuffer(), nullptr);
     EXPECT_EQ(manager.currentPin(), "p");
     EXPECT_EQ(manager.loginAccountCount(), 1);
     EXPECT_TRUE(manager.isSelectedAccount());
@@ -188,7 +188,7 @@ TEST_F(MAManagerTest, WithoutItsMessageItNeverTouchesTheSegment)
     EXPECT_FALSE(manager.join("p"));
     EXPECT_FALSE(manager.isInit());
     EXPECT_TRUE(manager.memory().key().isEmpty());
-    EXPECT_FALSE(manager.hasScratchBuffer());
+    EXPECT_EQ(manager.scratchBuffer(), nullptr);
     EXPECT_EQ(complaints(),
               (Texts{"ERROR register message failed", "ERROR p  create share memory failed"}));
     EXPECT_NE(log.records()[1].function.find("registerWindowMessage"), std::string::npos);
@@ -207,7 +207,7 @@ TEST_F(MAManagerTest, WithoutItsSegmentItStaysUninitialised)
         EXPECT_FALSE(manager.join("p"));
     }
     EXPECT_FALSE(manager.isInit());
-    EXPECT_TRUE(manager.hasScratchBuffer()) << "until the manager goes";
+    EXPECT_NE(manager.scratchBuffer(), nullptr) << "until the manager goes";
     EXPECT_EQ(manager.quitCurrentAccount(), -1);
     EXPECT_EQ(log.count(DEBUG_LOG_LEVEL, "change merge, 0"), 2) << "the mode that was not stored";
     const Texts lines = complaints();
@@ -240,7 +240,7 @@ TEST_F(MAManagerTest, LastOneLeavesAnEmptyListAndTellsTheSelectedWindow)
     EXPECT_EQ(bytes(1024, 102400), padded("null", 102400));
     EXPECT_TRUE(log.has(DEBUG_LOG_LEVEL, postTo("title p", 3)));
     EXPECT_FALSE(manager.isInit());
-    EXPECT_FALSE(manager.hasScratchBuffer());
+    EXPECT_EQ(manager.scratchBuffer(), nullptr);
     EXPECT_FALSE(manager.memory().isAttached());
     EXPECT_EQ(manager.quitCurrentAccount(), -1);
     EXPECT_EQ(manager.currentPin(), "p");

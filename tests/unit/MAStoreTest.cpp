@@ -195,6 +195,22 @@ TEST_F(MAStoreTest, ListLongerThanItsRegionIsRefusedAndTheStoredOneStays)
     EXPECT_EQ(complaints(), std::vector<std::string>{"ERROR account list too long, 102401"});
 }
 
+TEST_F(MAStoreTest, NothingOfALongTextIsLeftBehindAShortOne)
+{
+    open();
+    const MASelectedAccount selected = selectedOfLength(1024);
+    ASSERT_TRUE(manager.writeSelected(selected));
+    ASSERT_TRUE(manager.writeAll(listOfLength(102400)));
+    Accounts list;
+    MASelectedAccount read;
+    ASSERT_TRUE(manager.readAll(list));
+    ASSERT_TRUE(manager.readSelected(read));
+    EXPECT_EQ(manager.scratchBuffer(), selected.toJSON());
+    ASSERT_TRUE(manager.writeAll({}));
+    ASSERT_TRUE(manager.readAll(list));
+    EXPECT_STREQ(manager.scratchBuffer(), "null");
+}
+
 TEST_F(MAStoreTest, WhatFollowsTheFirstNulIsIgnored)
 {
     open();
