@@ -23,8 +23,7 @@ constexpr int kQueueSize = 1 << 19;
 HWND nextHandle()
 {
     static std::atomic<std::uintptr_t> number{0};
-    // No two living processes have the same id.
-    return windowHandle(static_cast<std::uintptr_t>(::getpid()) << 32U | ++number);
+    return windowHandle(static_cast<std::uintptr_t>(::getpid()) << kOwnerShift | ++number);
 }
 
 } // namespace

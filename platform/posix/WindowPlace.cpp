@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <memory>
 #include <utility>
 
@@ -67,13 +68,24 @@ QByteArray namePrefix(const QString& className, const QString& title)
            '-';
 }
 
-// The FIFO at `name` if its window lives; one that nobody reads is removed.
+// The FIFO at `name` if its window lives; that of a dead process is removed with its short cut, and
+// so is a short cut to one that is gone.
 UniqueFd openLiving(const UniqueFd& folder, const char* name)
 {
     UniqueFd fifo(::openat(folder.get(), name, O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
-    if (!fifo && errno == ENXIO)
-        ::unlinkat(folder.get(), name, 0);
+    if (!fifo && (errno == ENXIO || errno == ENOENT))
+        unlinkWindow(folder, name);
     return fifo;
+}
+
+// Whether it is a window, or a short cut to one, that its process was killed over before it had its
+// name.
+bool isLeftover(const QByteArray& name)
+{
+    if (!name.startsWith('.') || !name.right(kFileNameLength).startsWith(kPrefix))
+        return false;
+    const qulonglong handle = name.right(kHandleDigits).toULongLong(nullptr, 16);
+    return ::kill(static_cast<pid_t>(handle >> kOwnerShift), 0) != 0 && errno == ESRCH;
 }
 
 bool hasReader(const UniqueFd& fifo)
@@ -91,6 +103,8 @@ UniqueFd openFirst(const UniqueFd& folder, Predicate fits, QByteArray& name)
         ::fdopendir(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
     while (const dirent* entry = directory ? ::readdir(directory.get()) : nullptr) {
         name = entry->d_name;
+        if (isLeftover(name))
+            ::unlinkat(folder.get(), name, 0);
         if (!name.startsWith(kPrefix) || !fits(name))
             continue;
         UniqueFd fifo = openLiving(folder, entry->d_name);

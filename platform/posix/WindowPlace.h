@@ -27,7 +27,10 @@ struct PostedMessage
     LPARAM lParam;
 };
 
-// A handle is a number: any process can tell which window it names.
+// A handle is a number: any process can tell which window it names, and from its upper half, which
+// is the owner's process id, whether that lives. No two living processes have the same.
+constexpr unsigned kOwnerShift = 32;
+
 inline HWND windowHandle(std::uintptr_t number)
 {
     return reinterpret_cast<HWND>(number); // NOLINT(performance-no-int-to-ptr)
