@@ -1,4 +1,5 @@
 #include "tests/support/AccountsFixture.h"
+#include "tests/support/Memory.h"
 #include "tests/support/SegmentBlocker.h"
 
 #include <thread>
@@ -336,6 +337,31 @@ TEST_F(MAManagerTest, DestructionDetachesAndLeavesTheObserverAlone)
     }
     EXPECT_EQ(guard.use_count(), 2);
     EXPECT_FALSE(QSharedMemory(segmentKey()).attach()) << "nobody is attached any more";
+}
+
+TEST_F(MAManagerTest, ComingAndGoingLeavesNothingBehind)
+{
+    if (!kHeapIsMeasurable)
+        GTEST_SKIP() << "a sanitizer's heap cannot be measured";
+    MAManagerProbe manager;
+    const auto comeAndGo = [&] {
+        auto* observer = new MAObserver;
+        observer->messageCallback = [](int, MASelectedAccount&, Accounts&) {};
+        observer->loginStateCallback = [](int) {};
+        manager.addObserver(observer);
+        ASSERT_TRUE(manager.join("own"));
+        EXPECT_EQ(manager.quitCurrentAccount(), 1);
+        manager.removeObserver();
+        log.clear();
+    };
+    constexpr int kTimes = 100;
+    for (int i = 0; i < kTimes / 10; ++i)
+        comeAndGo(); // what is made once is made now
+    const std::size_t before = heapBytesInUse();
+    for (int i = 0; i < kTimes; ++i)
+        comeAndGo();
+    EXPECT_LT(heapBytesInUse(), before + kTimes * sizeof(MAObserver))
+        << "more than if each time an observer stayed";
 }
 
 TEST_F(MAManagerTest, ObserverIsOwnedUntilReplacedOrRemoved)
