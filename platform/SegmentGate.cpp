@@ -26,6 +26,11 @@ QString segmentGateName(const QString& segment)
     return segment + QStringLiteral("_gate");
 }
 
+QString segmentWaitName(const QString& segment)
+{
+    return segment + QStringLiteral("_wait");
+}
+
 QString segmentLockName(const QString& segment)
 {
     // As Qt names the lock of a segment.

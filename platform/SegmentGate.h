@@ -54,7 +54,8 @@ public:
         Absent, // nobody uses the segment
         Free,
         Held,  // a process that lives has the lock or, in the gate, keeps the others from it
-        Stuck, // taken, and not by a living process that uses the gate
+        Stuck, // taken, and not by a living process that uses the gate, unless one was halted in
+               // the moment in which Qt takes it, or has it to attach or detach
         Left,  // the same, and a process died in the gate: the next one in gives the lock back
         Freed,
         Unusable, // for the reason given, lock or gate cannot be looked at

@@ -60,5 +60,9 @@ QString systemProblem(const QString& name);
 // The system's names of what belongs to the segment of that name.
 QString segmentGateName(const QString& segment);
 QString segmentLockName(const QString& segment);
+// On Windows, the mutex that the process in the gate has while it waits for the lock. A lock that
+// is taken to attach is waited for without an end, and in the gate: whoever frees it learns by this
+// that the one in the gate has not got it.
+QString segmentWaitName(const QString& segment);
 
 } // namespace pavo

@@ -34,14 +34,6 @@ HANDLE openMutex(const QString& name)
     return handle.get();
 }
 
-// The mutex that the process in the gate has while it waits for the lock. A lock that is taken to
-// attach is waited for without an end, and in the gate: whoever frees it learns by this that the
-// one in the gate has not got it.
-QString waitName(const QString& segment)
-{
-    return segment + QStringLiteral("_wait");
-}
-
 UniqueHandle openLock(const QString& name)
 {
     return UniqueHandle(OpenSemaphoreW(SYNCHRONIZE | SEMAPHORE_MODIFY_STATE, FALSE, wide(name)));
@@ -77,9 +69,11 @@ LockState visit(HANDLE gate, HANDLE wait, HANDLE lock, DWORD patience, bool isTo
         ReleaseSemaphore(lock, 1, nullptr);
         return LockState::Freed;
     };
-    // Who waits that long is in the gate and has no lock, and nobody else of ours can have it.
+    // Whoever is announced that long waits in the gate for a lock that nobody of ours has, or was
+    // halted there: it was, if the lock is free. Halted while Qt has the lock, it cannot be told
+    // from one that waits.
     if (WaitForSingleObject(wait, patience) == WAIT_TIMEOUT)
-        return freedOr(LockState::Stuck);
+        return waitUntilFree(lock, 0) ? LockState::Held : freedOr(LockState::Stuck);
     ReleaseMutex(wait);
     const DWORD result = WaitForSingleObject(gate, patience);
     if (result == WAIT_TIMEOUT)
@@ -162,13 +156,13 @@ void SegmentGate::Passage::startWait()
 {
     // Without a gate it would be in the way of others that wait.
     if (m_problem.isEmpty())
-        WaitForSingleObject(openMutex(waitName(m_segment)), INFINITE);
+        WaitForSingleObject(openMutex(segmentWaitName(m_segment)), INFINITE);
 }
 
 void SegmentGate::Passage::endWait()
 {
     if (m_problem.isEmpty())
-        ReleaseMutex(openMutex(waitName(m_segment)));
+        ReleaseMutex(openMutex(segmentWaitName(m_segment)));
 }
 
 SegmentGate::LockFinding SegmentGate::Passage::visitLock(const QString& segment, int patienceMs,
@@ -184,7 +178,7 @@ SegmentGate::LockFinding SegmentGate::Passage::visitLock(const QString& segment,
     const HANDLE gate = openMutex(gateName);
     if (!gate)
         return {LockState::Unusable, systemProblem(gateName)};
-    const QString markName = waitName(segment);
+    const QString markName = segmentWaitName(segment);
     const HANDLE wait = openMutex(markName);
     if (!wait)
         return {LockState::Unusable, systemProblem(markName)};

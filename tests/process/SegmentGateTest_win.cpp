@@ -26,6 +26,28 @@ TEST(SegmentGateWindowsTest, NameThatIsTakenLeavesAPlainSegment)
     EXPECT_FALSE(memory.isAttached());
 }
 
+// A process that was halted as it came to the lock looks like one that waits for it.
+TEST(SegmentGateWindowsTest, FreeLockIsNotStuckHoweverLongSomebodyIsAboutToTakeIt)
+{
+    const UniqueKey key;
+    const Observer observer(key);
+    const QString name = pavo::segmentWaitName(QSharedMemory(key).nativeKey());
+    const pavo::UniqueHandle wait(
+        OpenMutexW(SYNCHRONIZE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
+    ASSERT_EQ(WaitForSingleObject(wait.get(), 0), WAIT_OBJECT_0);
+    for (auto* visit : {&pavo::SegmentGate::lookAtLock, &pavo::SegmentGate::freeLock}) {
+        EXPECT_EQ(visit(key, 0).state, pavo::SegmentGate::LockState::Held);
+        EXPECT_EQ(lockValue(key), 1);
+    }
+    QSharedMemory plain(key);
+    ASSERT_TRUE(plain.attach());
+    ASSERT_TRUE(plain.lock());
+    EXPECT_EQ(pavo::SegmentGate::lookAtLock(key, 0).state, pavo::SegmentGate::LockState::Stuck);
+    EXPECT_TRUE(plain.unlock());
+    ReleaseMutex(wait.get());
+    EXPECT_EQ(pavo::SegmentGate::lookAtLock(key, 0).state, pavo::SegmentGate::LockState::Free);
+}
+
 // Whether the dead one or a living one has the lock cannot be told, so a plain user that keeps it
 // too long loses it: better than that everybody waits for ever. The harm does not last.
 TEST(SegmentGateWindowsTest, PlainUserMayLoseItsLockWhenSomebodyInTheGateIsKilled)
