@@ -1,22 +1,32 @@
 #include "platform/SegmentGatePassage.h"
-#include "platform/posix/UniqueFd.h"
 #include "tests/process/SegmentGateMember.h"
 
 #include <gtest/gtest.h>
 
 #include <QFile>
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/ipc.h>
 #include <sys/sem.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-int lockValue(const QString& key)
+#include <fstream>
+#include <string>
+
+namespace {
+
+int askLock(const QString& key, int question)
 {
     const QString file = pavo::segmentLockName(QSharedMemory(key).nativeKey());
     const key_t number = ftok(QFile::encodeName(file), 'Q');
-    return number == -1 ? -1 : semctl(semget(number, 1, 0600), 0, GETVAL);
+    return number == -1 ? -1 : semctl(semget(number, 1, 0600), 0, question);
+}
+
+} // namespace
+
+int lockValue(const QString& key)
+{
+    return askLock(key, GETVAL);
 }
 
 std::shared_ptr<void> blockLock(const QString& key)
@@ -27,9 +37,23 @@ std::shared_ptr<void> blockLock(const QString& key)
     return {nullptr, [path](void*) { ::unlink(path); }};
 }
 
-bool isGateTaken(const QString& key)
+int othersAtGate(const QString& key)
 {
     const QString name = pavo::segmentGateName(QSharedMemory(key).nativeKey());
-    const pavo::posix::UniqueFd gate(::open(QFile::encodeName(name), O_RDWR | O_CLOEXEC));
-    return gate && flock(gate.get(), LOCK_EX | LOCK_NB) != 0;
+    struct stat status
+    {
+    };
+    if (::stat(QFile::encodeName(name), &status) != 0)
+        return 0;
+    const std::string file = ':' + std::to_string(status.st_ino) + ' ';
+    std::ifstream locks("/proc/locks");
+    int count = 0;
+    for (std::string lock; std::getline(locks, lock);)
+        count += lock.find(file) != std::string::npos ? 1 : 0;
+    return count;
+}
+
+bool isLockAwaited(const QString& key)
+{
+    return askLock(key, GETNCNT) > 0;
 }

@@ -2,6 +2,8 @@
 #include "platform/UniqueHandle.h"
 #include "tests/process/SegmentGateMember.h"
 
+#include <winternl.h>
+
 int lockValue(const QString& key)
 {
     const QString name = pavo::segmentLockName(QSharedMemory(key).nativeKey());
@@ -25,15 +27,29 @@ std::shared_ptr<void> blockLock(const QString& key)
         CreateEventW(nullptr, FALSE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
 }
 
-bool isGateTaken(const QString& key)
+int othersAtGate(const QString& key)
 {
     const QString name = pavo::segmentGateName(QSharedMemory(key).nativeKey());
     const pavo::UniqueHandle gate(
         OpenMutexW(SYNCHRONIZE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
-    if (!gate)
+    PUBLIC_OBJECT_BASIC_INFORMATION information{};
+    if (!gate || NtQueryObject(gate.get(), ObjectBasicInformation, &information,
+                               sizeof(information), nullptr) != 0)
+        return 0;
+    // A process opens the gate as it comes to it for the first time, and keeps it open; this one
+    // has it open here, too.
+    return static_cast<int>(information.HandleCount) - 2;
+}
+
+bool isLockAwaited(const QString& key)
+{
+    const QString name = pavo::segmentWaitName(QSharedMemory(key).nativeKey());
+    const pavo::UniqueHandle wait(
+        OpenMutexW(SYNCHRONIZE, FALSE, reinterpret_cast<LPCWSTR>(name.utf16())));
+    if (!wait)
         return false;
-    const bool isTaken = WaitForSingleObject(gate.get(), 0) == WAIT_TIMEOUT;
+    const bool isTaken = WaitForSingleObject(wait.get(), 0) == WAIT_TIMEOUT;
     if (!isTaken)
-        ReleaseMutex(gate.get());
+        ReleaseMutex(wait.get());
     return isTaken;
 }

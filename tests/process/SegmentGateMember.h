@@ -41,8 +41,12 @@ int lockValue(const QString& key);
 /// it returns lives.
 std::shared_ptr<void> blockLock(const QString& key);
 
-/// Whether a thread, of whatever process, is in the gate of `key`.
-bool isGateTaken(const QString& key);
+/// How many other processes have come to the gate of `key`, and are in it or wait for it. On
+/// Windows also those count that have left it and live, and this one has to have been there.
+int othersAtGate(const QString& key);
+
+/// Whether a thread, of whatever process, waits in the gate of `key` for the lock.
+bool isLockAwaited(const QString& key);
 
 /// One member, in whatever process.
 class Member

@@ -237,7 +237,7 @@ TEST(SegmentGateTest, PlainUserThatIsInsideWhenTheGateIsEnteredIsWaitedFor)
     EXPECT_EQ(gated.ask("attach"), "ok");
     EXPECT_TRUE(plain.memory().lock());
     gated.tell("visit 1");
-    EXPECT_TRUE(waitUntil([&key] { return isGateTaken(key); })) << "the other one has come";
+    EXPECT_TRUE(waitUntil([&key] { return isLockAwaited(key); }));
     EXPECT_EQ(plain.board().total, 0);
     EXPECT_TRUE(plain.memory().unlock());
     EXPECT_EQ(gated.answer(), "ok");

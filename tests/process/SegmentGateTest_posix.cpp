@@ -1,5 +1,6 @@
 #include "platform/SegmentGatePassage.h"
 #include "tests/process/SegmentGateMember.h"
+#include "tests/support/Wait.h"
 
 #include <QFile>
 
@@ -12,9 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
-#include <thread>
 
 // What only kernel objects with a life of their own, and files as gates, make possible.
 
@@ -208,8 +207,7 @@ TEST(SegmentGatePosixTest, PlainUserInsideKeepsItsLockWhenSomebodyInTheGateIsKil
     EXPECT_TRUE(plain.memory().lock());
     victim.kill();
     next.tell("visit 1");
-    // Many times what the next one needs where nobody has the lock.
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_TRUE(waitUntil([&key] { return isLockAwaited(key); }));
     EXPECT_EQ(plain.board().total, 0);
     EXPECT_TRUE(plain.memory().unlock());
     EXPECT_EQ(next.answer(), "ok");

@@ -311,10 +311,10 @@ TEST_P(WorkbenchDeathAtTheLockTest, DisturbsNobody)
     RoleProcess victim("workbench", life("victim", host) << QString::fromLatin1(place.step)
                                                          << QString::fromLatin1(place.text));
     ASSERT_EQ(victim.nextLine(), "stopped");
-    // Taken as by a program without a gate: whoever wants it waits in the gate, where one sees it.
+    // Taken as by a program without a gate: whoever wants it waits in the gate.
     ASSERT_TRUE(view()->lock());
     victim.say("go on");
-    EXPECT_TRUE(waitUntil([this] { return isGateTaken(view()->key()); })) << "it waits";
+    EXPECT_TRUE(waitUntil([this] { return isLockAwaited(view()->key()); }));
     victim.kill();
     EXPECT_TRUE(view()->unlock());
     expectThatLifeGoesOn(place.isListed);
