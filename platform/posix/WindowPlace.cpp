@@ -30,7 +30,7 @@ constexpr int kHandleDigits = 16;
 // Prefix, digest, handle and what separates them.
 constexpr int kFileNameLength = sizeof kPrefix - 1 + 40 + 1 + kHandleDigits;
 
-struct Window
+struct FoundWindow
 {
     HWND handle = nullptr;
     UniqueFd fifo;
@@ -39,16 +39,16 @@ struct Window
 // The window that this thread has looked up last: whoever finds one goes on to post to it. It goes
 // with its thread; static destructors and exit handlers get a new one, which stays until the
 // process is gone.
-Window& lastWindow()
+FoundWindow& lastWindow()
 {
-    thread_local Window* window = nullptr;
+    thread_local FoundWindow* window = nullptr;
     struct Cleaner
     {
         ~Cleaner() { delete std::exchange(window, nullptr); }
     };
     thread_local const Cleaner cleaner;
     if (!window)
-        window = new Window;
+        window = new FoundWindow;
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the cleaner runs when the thread ends
     return *window;
 }
@@ -175,7 +175,7 @@ HWND findWindow(const QString& className, const QString& title)
 
 int windowFifo(HWND window)
 {
-    Window& last = lastWindow();
+    FoundWindow& last = lastWindow();
     if (last.handle == window && hasReader(last.fifo))
         return last.fifo.get();
     UniqueFd folder;
