@@ -82,6 +82,6 @@ void measureMemory(const Effort& effort, Figures& figures)
         return numbersIn(ask(child, "resident"))[0];
     };
     const int batches = effort.soakMessages / kBatch;
-    const double warm = exchange(batches / 10);
+    const double warm = exchange(batches);
     figures.add("memory, messages", 0, kLibrary, kKilobytes, {exchange(batches) - warm});
 }
