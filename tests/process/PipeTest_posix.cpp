@@ -24,6 +24,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <future>
 #include <memory>
 #include <string>
@@ -179,6 +180,15 @@ const Role kStarvedHostRole("starved-host", runStarvedHost);
 constexpr DWORD kMuch = 4U * 1024 * 1024;
 
 extern "C" void ignoreSignal(int /*number*/) {}
+
+/// Whether the main thread sleeps in a call of the system.
+bool isMainThreadAsleep()
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(::getpid()) + "/stat");
+    std::string text;
+    std::getline(file, text);
+    return text.find(") S ") != std::string::npos;
+}
 
 } // namespace
 
@@ -508,16 +518,20 @@ TEST_F(PosixPipe, hostWithoutDescriptorsTurnsClientsAwayAndRecovers)
 
 TEST(PosixThreadEnd, comesAfterTheCleanUpOfWhatLibrariesKeepForTheThread)
 {
+    static std::atomic<bool> awaited;
     static std::atomic<bool> cleaned;
     static pthread_key_t key;
     ASSERT_EQ(pthread_key_create(&key,
                                  [](void*) {
-                                     std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                                     // Whoever does not wait comes through before this.
+                                     while (!awaited || !isMainThreadAsleep())
+                                         std::this_thread::yield();
                                      cleaned = true;
                                  }),
               0);
     // Kept before as well as after the thread's canceller: the order decides about the clean-up.
     for (const bool before : {true, false}) {
+        awaited = false;
         cleaned = false;
         std::promise<std::unique_ptr<pavo::ThreadCanceller>> made;
         auto canceller = made.get_future();
@@ -530,6 +544,7 @@ TEST(PosixThreadEnd, comesAfterTheCleanUpOfWhatLibrariesKeepForTheThread)
             made.set_value(std::move(own));
         }).detach();
         const auto ended = canceller.get();
+        awaited = true;
         ended->waitForEnd();
         EXPECT_TRUE(cleaned) << before;
         ended->waitForEnd();
