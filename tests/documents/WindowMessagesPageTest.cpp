@@ -78,12 +78,13 @@ TEST_F(WindowMessagesPageTest, HasEveryNumberThatIsExchanged)
 
 TEST_F(WindowMessagesPageTest, TellsWhatEachCodeDoes)
 {
+    const Section section = page().section(QStringLiteral("What the receiver's observer is told"));
     joinAll();
     std::set<int> codes;
     for (const int mode : {kMAMerged, kMASeparate}) {
         b.manager.changeMergeMode(mode, false);
         settle();
-        for (const QStringList& row : page().section(QStringLiteral("What is told")).rows()) {
+        for (const QStringList& row : section.rows()) {
             const int code = row[0].toInt();
             EXPECT_EQ(codeSpans(row[mode == kMAMerged ? 2 : 3]), told(code, row[1].toInt()))
                 << qPrintable(row.join(QLatin1Char('|')));
