@@ -22,27 +22,27 @@ class Value;
 
 /// The workbench's link to the host application that launched it.
 ///
-/// Lives on the GUI thread, where everything is called and where every callback arrives unless said
-/// otherwise. Nothing here throws, provided that no callback does; failures are return values and
-/// log records.
+/// Lives on the GUI thread: unless said otherwise, call everything there, and callbacks arrive
+/// there. Nothing here throws, provided that no callback does. Failures show in return values and
+/// in the log.
 class PAVO_IPC_EXPORT KTChannelManager : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The one instance. Created on first use, on whatever thread that is, once there is an
-    /// application; never destroyed.
+    /// The one instance, created on first use and never destroyed. Any thread, once there is a
+    /// QCoreApplication.
     static KTChannelManager* sharedInstance();
 
     ~KTChannelManager() override;
 
-    /// Opens the channel that the command line names: "pipe?param=" READER "&" WRITER, READER being
-    /// the pipe that the host writes. Returns whether it names two pipes; only then the callbacks
-    /// are kept and anything is started: the pipes, an observer of the login service as by
-    /// addLoginObserver(), and MAManager::createShareMemory(). The pipes open in the background:
-    /// one that cannot be opened is logged, and reported to `startUpCallback` as a host that has
-    /// gone when it is the reader. A second call closes the pipes of the first. KTStartUpContext
-    /// has what the callbacks are called with, and when.
+    /// Opens the channel that the command line names: "pipe?param=" READER "&" WRITER, where the
+    /// host writes READER and reads WRITER. Returns whether it names two pipes. If it does not,
+    /// nothing is started and the callbacks are dropped. If it does, this keeps the callbacks,
+    /// opens the pipes in the background, and calls addLoginObserver() and
+    /// MAManager::createShareMemory(). A pipe that cannot be opened is logged; if it is the one to
+    /// read, `startUpCallback` is told that the host has gone. A second call closes the pipes of
+    /// the first. KTStartUpContext tells what the callbacks are called with, and when.
     bool startUp(const QString& commandLine,
                  std::function<void(int, std::string, const QString)> startUpCallback,
                  std::function<void(std::string, const QString)> pinChangedCallback);
@@ -50,42 +50,43 @@ public:
     /// Whether the last start-up's command line named two pipes. Any thread.
     bool isSupported() const;
 
-    /// Tells the host that start-up is completed with `code`, takes ownership of `observer`
-    /// (destroying a different one held before) and hands it, once, what the host asked for since
-    /// start-up, in the order skin, shortcuts, hot keys, conversation, group. What the observer has
-    /// no callback for is dropped.
+    /// Tells the host that start-up is completed with `code`, and takes ownership of `observer`; a
+    /// different one held before is deleted. Before it returns, the observer is called for what the
+    /// host has asked for since start-up, in the order skin, shortcuts, hot keys, conversation,
+    /// group. What it has no callback for is dropped.
     void enterMainUI(unsigned int code, KTChannelObserver* observer);
 
     /// \name What the workbench tells the host
-    /// Any thread may call, and nobody waits for the host. The values are the caller's and the
-    /// host's business: they are neither checked nor changed, and texts are UTF-8. A message is
-    /// dropped without a trace before startUp() has succeeded and after the pipe is closed, and
-    /// when its JSON text is longer than 2043 UTF-16 units.
+    /// Any thread, and no call waits for the host. Workbench and host agree on what the values
+    /// mean: they are neither checked nor changed. Texts are UTF-8. A message is dropped without a
+    /// trace before startUp() has succeeded, after the pipe is closed, and if its JSON text is
+    /// longer than 2043 UTF-16 units.
     /// @{
 
-    /// Asks the host to bring its own window up.
+    /// Asks the host to bring up its own window.
     void activePlatform();
-    /// The account's base information is `baseInfo` now.
+    /// The account's base information has changed to `baseInfo`.
     void baseInfoChanged(const std::string& baseInfo);
-    /// Initialisation after the login has come as far as `status`.
+    /// The initialisation after the login has come as far as `status`.
     void changeLoginInitStatus(int status);
-    /// Tells the host's name of the skin `index`, "blue" for an index outside 0 to 5.
+    /// The user has chosen the skin `index`. The host is told its own name for it, "blue" for an
+    /// index outside 0 to 5.
     void changeSkinCallback(int index);
-    /// `status` is the presence code now in force.
+    /// The presence `status` is in force now.
     void changeStatusCallback(int status);
-    /// Has the host show `message`. `account` and `code` change nothing.
+    /// Asks the host to show `message`. `account` and `code` are not sent.
     void loginFailure(std::string account, long long code, std::string message);
     /// Asks the host to open a plug-in.
     void openPlugin(const std::string& plugin, bool flag);
     /// Asks the host to open a page of its settings.
     void openSetting(const std::string& setting);
-    /// Asks the host to open a page.
+    /// Asks the host to open the web page `url`.
     void openUrl(const std::string& url, bool flag);
-    /// Has the tray's icon do something.
+    /// Asks the host to do something with the tray icon.
     void trayIconAction(bool flag, const std::string& text, int number);
     /// `count` messages are unread.
     void unreadMsgChanged(int count);
-    /// Reports that a call of a server has failed.
+    /// Reports that a call to a server has failed.
     void UploadInterfaceException(int code, const QString& text1, const QString& text2,
                                   const QString& text3);
     /// Reports that the embedded browser has failed.
@@ -94,10 +95,11 @@ public:
                                     const QString& text5);
     /// @}
 
-    /// Registers an observer of the login service, in place of the one registered before. What it
-    /// reports goes to the host. Nothing happens without a core or its login service.
+    /// Registers an observer with the login service in place of the one registered before. It
+    /// passes presences and failed logins on to the host. Without a core or its login service
+    /// nothing happens.
     void addLoginObserver();
-    /// Takes the observer from the login service.
+    /// Removes that observer from the login service.
     void removeObserver();
 
 private:

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// What the workbench's main window wants to be told. Each callable may be left unset; all are
-/// called on the GUI thread and may do anything but throw, entering the main window anew included.
+/// What the workbench's main window wants to be told. Each callable may be left unset. All are
+/// called on the GUI thread and may do anything except throw, even enter the main window anew.
 /// Texts are UTF-8. A plain value.
 struct PAVO_IPC_EXPORT KTChannelObserver
 {
@@ -30,13 +30,14 @@ struct PAVO_IPC_EXPORT KTChannelObserver
     std::function<void(int, std::string, std::string)> onOpenLXWindow;
     /// Open a group: (second text, first text) of the host's request.
     std::function<void(std::string, std::string)> onOpenLXGroup;
-    /// Show or hide the tray's unread-message list beside the given rectangle (screen pixels).
+    /// Show or hide the list of unread messages beside the tray icon at this place, in screen
+    /// pixels.
     std::function<void(bool, QRect)> onShowUnreadMessageList;
-    /// These hot keys are in force from now on, and no others.
+    /// All hot keys from now on.
     std::function<void(std::vector<KTKeyInfo>)> onHotKeyChanged;
-    /// These shortcuts are in force from now on, and no others.
+    /// All shortcuts from now on.
     std::function<void(std::vector<KTKeyInfo>)> onShortcutChanged;
-    /// Follow the skin of this index, 0 to 5.
+    /// Change to the skin of this index, 0 to 5.
     std::function<void(int)> onSkinChanged;
     /// Open the page of the base-information settings.
     std::function<void()> onOpenBaseInfoSetting;

@@ -21,12 +21,12 @@ struct PAVO_IPC_EXPORT KTKeyInfo
     ~KTKeyInfo();
     /// @}
 
-    /// Whether the definition is in force; one that is not is handed on all the same.
+    /// Whether the definition is in force. One that is not is handed on all the same.
     bool valid = false;
-    /// What the key triggers (UTF-8, the host's own name for it).
+    /// What the key triggers: the host's own name for it, in UTF-8.
     std::string functionName;
-    /// Qt::Key_unknown for a code of the host's that is no key.
+    /// Qt::Key_unknown if the host's code is not a key.
     Qt::Key key = Qt::Key(0);
-    /// Of Alt, Control, Shift and Meta, which is the Windows key.
+    /// Any of Alt, Control, Shift and Meta, which is the Windows key.
     Qt::KeyboardModifiers modifiers;
 };

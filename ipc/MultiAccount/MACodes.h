@@ -1,7 +1,7 @@
 #pragma once
 
-/// The numbers that the workbench processes of one installation exchange. Both ends have to agree,
-/// whatever their version: none may change.
+/// The numbers that the workbench processes of one installation exchange. Processes of all versions
+/// have to agree on them, so none may change.
 
 /// First parameter of the window message that processes post to one another, and first argument of
 /// MAObserver::messageCallback.
@@ -11,9 +11,9 @@ enum MACode {
     kMAListChanged = 3,  ///< the account list changed
     kMAMarkChanged = 4,  ///< an unread count or mark changed; the second parameter is 1 for more
     kMALoginState = 5,   ///< switch to the login state in the second parameter
-    kMAHiddenByUser = 6, ///< the front window was hidden by its user
+    kMAHiddenByUser = 6, ///< the user has hidden the front window
     kMAPopUp = 7,        ///< bring the hidden window back, whoever is in front
-    kMAToggle = 8,       ///< show or hide the merged window, whichever it is not
+    kMAToggle = 8,       ///< show the merged window if it is hidden, or else hide it
 };
 
 /// MASelectedAccount::windowState.

@@ -21,17 +21,18 @@ struct MARegion;
 
 /// Coordinates the workbench processes of one installation, one per logged-in account.
 ///
-/// All of them share one list of accounts and the selected account, the one in front, in a segment
-/// that lives as long as one of them is attached to it. In merged mode one window is visible at a
-/// time, the selected account's; in separate mode each process shows its own. The processes post
-/// window messages to one another that say no more than: look now.
+/// They share the list of accounts and the selected account, the one in front, in a shared memory
+/// segment that lives as long as one of them is attached. In merged mode one window is visible at a
+/// time, the selected account's; in separate mode each process shows its own. The processes tell
+/// one another by window messages to look into the segment.
 ///
 /// Segment and window message are named after QCoreApplication::applicationName(), which has to be
-/// set before KTChannelManager::startUp() or createShareMemory(), whichever is called first.
+/// set before KTChannelManager::startUp() or createShareMemory(), whichever comes first.
 ///
-/// Instance() may be called from any thread, everything else from one thread only: the GUI thread.
-/// Before initManager() has succeeded nothing is read, written or posted; what is then shown to the
-/// own observer is a default record and an empty list.
+/// Call Instance() from any thread, everything else on the GUI thread. Whatever waits for the
+/// segment's lock waits as long as another program holds it. Before initManager() has succeeded
+/// nothing is read, written or posted; an observer called then gets a default record and an empty
+/// list.
 class PAVO_IPC_EXPORT MAManager
 {
 public:
@@ -39,8 +40,8 @@ public:
     static std::shared_ptr<MAManager> Instance();
 
     MAManager();
-    /// Leaves the segment but not the list, and leaves the observer alone: the main window may be
-    /// gone already.
+    /// Detaches from the segment, but leaves the account in the list. Does not delete the observer,
+    /// which may be running.
     ~MAManager();
     MAManager(const MAManager&) = delete;
     MAManager& operator=(const MAManager&) = delete;
@@ -48,91 +49,101 @@ public:
     /// \name Joining and leaving
     /// @{
 
-    /// Attaches the segment, or creates it as the first process. Returns whether the window message
-    /// could be registered, which is tried first; a failure of the segment is logged and shows as
-    /// later operations fail.
+    /// Registers the window message and attaches the segment, or creates it as the first process.
+    /// Returns whether the message could be registered; if not, the segment is not touched. A
+    /// failure of the segment is only logged, and makes initManager() fail.
     bool createShareMemory();
 
-    /// Enters this process's account in the shared list, and as the selected one when there is none
-    /// yet. Returns isInit().
+    /// Calls createShareMemory() and enters this process's account in the shared list, and as the
+    /// selected one if there is none yet. Other processes find the window by class and title, so
+    /// titles have to differ between accounts. `skin` is an index, 0 to 5. All texts are UTF-8.
+    /// Returns isInit().
     bool initManager(const std::string& appID, const std::string& pin, const std::string& className,
                      const std::string& title, int skin);
 
-    /// Takes this process's account out of the shared list, hands the front to a neighbour if it
-    /// had it in merged mode, and leaves the segment. Returns 1, or -1 when nothing was done.
+    /// Removes this process's account from the shared list and detaches from the segment. If the
+    /// account was in front in merged mode, a neighbour in the list takes the front. Returns 1, or
+    /// -1 if nothing was done.
     int quitCurrentAccount();
 
-    /// Whether this process's account has been entered, and not taken out since.
+    /// Whether this process's account has been entered and not removed since.
     [[nodiscard]] bool isInit() const;
     /// @}
 
-    /// Takes ownership; an observer held before is deleted. Null leaves none.
+    /// Takes ownership of `observer`; a different one held before is deleted. Null leaves none.
     void addObserver(MAObserver* observer);
-    /// Deletes the observer; nobody is told of anything from then on.
+    /// Deletes the observer, if there is one.
     void removeObserver();
 
     /// \name Queries
     /// @{
 
-    /// Whether this process shows its window: also before initManager() and in separate mode.
+    /// Whether this process is to show its window. True also before initManager() and in separate
+    /// mode.
     bool isSelectedAccount();
-    /// How many accounts the list has; 0 also when it cannot be read.
+    /// The number of accounts in the list; 0 also if it cannot be read.
     int loginAccountCount();
     /// This process's own pin, empty before initManager().
     [[nodiscard]] std::string currentPin() const;
-    /// Reads the selected account. When that fails, `out` is left as it was.
+    /// Reads the selected account. Returns false, with `out` unchanged, if that fails.
     bool selectedAccount(MASelectedAccount& out);
-    /// Whether the merged window is on screen.
+    /// Whether the merged window is visible. False in separate mode, and if the list cannot be
+    /// read.
     bool checkWindowVisible();
     /// @}
 
     /// \name Switching between accounts
     /// @{
 
-    /// Hands the main window to another account's process; in separate mode nobody is told. Returns
-    /// false, and does nothing, without a pin in `account` or when the segment cannot be read; that
-    /// the window is not there is only logged.
+    /// Hands the main window to another account's process, which is told only in merged mode.
+    /// Returns false, and does nothing, if `account` has no pin or the segment cannot be read. A
+    /// missing window is only logged.
     bool switchToAccount(MAAccountInfo account);
-    /// Makes this process's account the selected one. Always true.
+    /// Makes this process's account the selected one. Always returns true.
     bool switchToCurrentPin();
-    /// Brings the main window up; with `show` false only if it is hidden. Always true.
+    /// With `show`, brings up the main window; if that is minimised or hidden, or in separate mode,
+    /// this process's account becomes the selected one. Without `show`, brings back the window only
+    /// if it is hidden, whichever account is selected. Always returns true.
     bool popupMainWindow(bool show);
     /// Asks the selected account's process to show or hide the merged window.
     void switchShowState();
-    /// Merged (1) or separate (0) windows, for all processes. `notify` tells the own observer, too.
-    /// Before initManager() it is remembered for then.
+    /// Sets merged (1) or separate (0) windows for all processes. The process that merges takes the
+    /// front. With `notify` its own observer is told, too. Before initManager() the mode is
+    /// remembered for then.
     void changeMergeMode(int mode, bool notify);
     /// @}
 
     /// \name What the workbench reports
-    /// What is as it was is not told anew.
+    /// A value that has not changed is not passed on, except by switchedHide().
     /// @{
 
     /// The user has hidden the merged window.
     void switchedHide();
-    /// The own window has this MAWindowState and, in screen pixels, this place. A null `rect` says
-    /// nothing of the place.
+    /// This process's window has this MAWindowState and, in screen pixels, this place. A null
+    /// `rect` leaves the place unknown. A normal window that is as large as it was maximised is on
+    /// its way back, so its place is not remembered.
     void windowStateChanged(int state, const QRect& rect);
-    /// Index of the account's skin, 0 to 5.
+    /// The account's skin has this index, 0 to 5.
     void changeCurrentSkin(int skin);
-    /// So many messages of this account are unread. More than before set its mark, unless it is in
+    /// The account has `count` unread messages. More than before set its mark, unless it is in
     /// front.
     void changeCurrentUnread(int count);
-    /// 1 when there is more to read than when the account was last looked at, or else 0.
+    /// `mark` is 1 if more messages have come since the account was last in front, otherwise 0.
     void changeCurrentUnreadMark(int mark);
-    /// The account's presence.
+    /// The account has this presence, as the login service numbers it.
     void changeLoginState(int state);
     /// @}
 
     /// Asks every other process to switch to a login state. Returns whether the list could be read.
     bool switchLoginState(int state);
 
-    /// Puts the accounts with these pins at these positions, the others behind them.
+    /// Sorts the shared list by `positions`, which maps pins to positions. The other accounts
+    /// follow in their present order. Returns isInit().
     bool sortAllAccount(const std::map<std::string, int>& positions);
 
-    /// Has to be given every native window message from when createShareMemory() has returned true:
-    /// before it takes messages of number 0. Returns true for those of the manager. Of both
-    /// parameters the lower 32 bits count.
+    /// Pass every native window message to this once createShareMemory() has returned true; before
+    /// that it takes messages of number 0. Returns true for messages of the manager, which are then
+    /// done with. Only the lower 32 bits of both parameters count.
     bool handleNativeEvent(unsigned int message, long wParam, long lParam);
 
 private:

@@ -3,7 +3,7 @@
 #include "MAAccountInfo.h"
 #include "MASelectedAccount.h"
 
-/// What goes with a message of the manager. A plain value.
+/// What accompanies a message of the manager. A plain value.
 struct PAVO_IPC_EXPORT MAMessageParam
 {
     MASelectedAccount selected;        ///< The account in front.
