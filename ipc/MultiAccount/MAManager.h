@@ -120,8 +120,8 @@ public:
     /// The user has hidden the merged window.
     void switchedHide();
     /// This process's window has this MAWindowState and, in screen pixels, this place. A null
-    /// `rect` leaves the place unknown. A normal window that is as large as it was maximised is on
-    /// its way back, so its place is not remembered.
+    /// `rect` leaves the place as it was. A normal window that is as large as it was maximised is
+    /// on its way back, so its place is not remembered.
     void windowStateChanged(int state, const QRect& rect);
     /// The account's skin has this index, 0 to 5.
     void changeCurrentSkin(int skin);
