@@ -14,21 +14,22 @@ struct CoreConfig
     std::string clientVersion; ///< Version of the workbench, as shown to users.
 };
 
-/// Proxy settings as configProxy() takes them.
+/// Proxy settings as PAVOCore::configProxy() takes them; texts are UTF-8.
 struct ProxyConfig
 {
-    int type = 0;
-    std::string address;
-    int port = 0;
-    std::string user;
-    std::string password;
+    int type = 0;         ///< As the host application's settings number it.
+    std::string address;  ///< Host name or address.
+    int port = 0;         ///< TCP port.
+    std::string user;     ///< Empty for a proxy without a login.
+    std::string password; ///< Empty for a proxy without a login.
 };
 
-/// The workbench's core: its services and settings. Except for shareInstance() used on the GUI
-/// thread only.
+/// The workbench's core: its services and settings. Used on the GUI thread only, except for
+/// shareInstance().
 class PAVO_CORE_EXPORT PAVOCore
 {
 public:
+    /// A core with that login service, or without one.
     explicit PAVOCore(std::shared_ptr<LoginService> loginService = nullptr);
     virtual ~PAVOCore();
 
@@ -39,9 +40,10 @@ public:
     /// while installed leaves none.
     static void setShareInstance(PAVOCore* core);
 
-    /// May be null.
+    /// The login service, or null.
     [[nodiscard]] std::shared_ptr<LoginService> loginService() const;
 
+    /// The settings, to be read or changed.
     CoreConfig& getCoreConfig();
 
     /// Sets the proxy of the workbench's own connections. The numbers of \a type are those of the

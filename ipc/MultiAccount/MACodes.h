@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// The numbers that the workbench processes of one installation exchange. Processes of all versions
 /// have to agree on them, so none may change.
 
