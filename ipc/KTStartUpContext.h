@@ -27,6 +27,7 @@ struct PAVO_IPC_EXPORT KTStartUpContext
 
     /// Called on the GUI thread with (1, account pin, skin name) when the host logs the workbench
     /// in, and with (-1, empty, empty) when the host goes away before the main window is entered.
+    /// The skin is `skinName` below.
     std::function<void(int, std::string, const QString)> startUpCallback;
     /// Called with (application name, account pin) when the login service has taken the pin, on the
     /// login service's own thread.
@@ -37,7 +38,8 @@ struct PAVO_IPC_EXPORT KTStartUpContext
     /// @{
     std::vector<KTKeyInfo> hotKeys;   ///< Empty: none parked.
     std::vector<KTKeyInfo> shortcuts; ///< Empty: none parked.
-    std::string skinName;             ///< The workbench's own name of the skin; empty: none parked.
+    std::string skinName;             ///< In the workbench: "blue", "orange", "green", "red",
+                                      ///< "geekblue" or "purple"; empty: none parked.
     int windowType = 0;               ///< A conversation's kind; above 0: it is parked.
     std::string windowText1;          ///< Its second text.
     std::string windowText2;          ///< Its first text.
