@@ -56,7 +56,6 @@ void KTChannelManager::login(KTProcessMessage& message)
     const std::string text2 = JSONUtils::optString(5, arguments);
     if (!PAVOCore::shareInstance())
         return;
-    const auto service = loginService();
     if (m_context) {
         LOG4CPLUS_WARN(Logger::logger(), "startup app " << pin);
         // The start-up callback may enter the main window, and the context is gone then.
@@ -69,11 +68,12 @@ void KTChannelManager::login(KTProcessMessage& message)
             if (pinChangedCallback)
                 pinChangedCallback(kApplicationName, QString::fromStdString(pin));
         };
-        if (service)
+        // Asked for now, since the start-up callback may have brought the service about.
+        if (const auto service = loginService())
             service->changeCurrentPin(kApplicationName, pin, pinChanged);
     }
     // The outcome comes back through the login observer alone.
-    if (service)
+    if (const auto service = loginService())
         service->hbxTokenLogin(pin, text2, text3, text4, mode, nullptr);
 }
 

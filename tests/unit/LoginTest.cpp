@@ -145,6 +145,18 @@ TEST_F(LoginTest, CoreWithoutALoginServiceStillStartsTheWorkbench)
     channel().removeObserver();
 }
 
+TEST_F(LoginTest, StartUpCallbackMayBringTheLoginServiceAbout)
+{
+    PAVOCore bare;
+    PAVOCore::setShareInstance(&bare);
+    ASSERT_TRUE(startUp(
+        [&](int, const std::string&, const QString&) { PAVOCore::setShareInstance(&core); }));
+    KTChannelManagerProbe::receive(kLogin);
+    ASSERT_EQ(service->calls().size(), 2U);
+    EXPECT_EQ(service->calls()[0].function, "changeCurrentPin");
+    EXPECT_EQ(service->calls()[1].function, "hbxTokenLogin");
+}
+
 TEST_F(LoginTest, StartUpCallbackMayEnterTheMainWindowAndThePinIsRegisteredAllTheSame)
 {
     Collector<std::string> changes;
