@@ -159,8 +159,10 @@ void KTChannelManager::closeAtExit()
 {
     std::vector<QThread*> threads;
     for (const NamedPipe* pipe : {m_writer.load(), m_reader}) {
-        if (pipe && pipe->thread() != thread())
-            threads.push_back(pipe->thread());
+        // Null once it was deleted, which would stand for whatever there is to be deleted.
+        QThread* const own = pipe ? pipe->thread() : nullptr;
+        if (own && own != thread())
+            threads.push_back(own);
     }
     closePipes();
     // No event loop will run any more to delete them, nor to deliver anything.

@@ -77,6 +77,33 @@ int leave(const QStringList& arguments)
 
 const Role kWorkbench("workbench", leave);
 
+/// A workbench that leaves with an object of its own that is still to be deleted, long after the
+/// host has gone.
+int leaveWithoutHost(const QStringList& arguments)
+{
+    {
+        static char name[] = "workbench";
+        static char* words[] = {name, nullptr};
+        static int count = 1;
+        const QCoreApplication application(count, words);
+        int code = 0;
+        const bool started = KTChannelManager::sharedInstance()->startUp(
+            arguments.at(0),
+            [&](int reported, const std::string&, const QString&) { code = reported; }, nullptr);
+        if (!started || !waitUntil([&] { return code == -1; }))
+            return 3;
+        // What the pipes had is deleted, as an event loop would have done by now.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        auto* pending = new QObject;
+        QObject::connect(pending, &QObject::destroyed, [] { sayToParent("deleted"); });
+        pending->deleteLater();
+    }
+    sayToParent("left");
+    return 0;
+}
+
+const Role kWithoutHost("without-host", leaveWithoutHost);
+
 class ProcessExitTest : public testing::TestWithParam<const char*>
 {
 };
@@ -99,6 +126,18 @@ TEST_P(ProcessExitTest, IsClean)
     if (std::string(GetParam()) != "at-once") {
         EXPECT_GT(sent, static_cast<std::size_t>(kRounds));
     }
+}
+
+TEST(ProcessExitWithoutHost, DeletesNothingOfTheWorkbench)
+{
+    pavo::HostPipe in(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
+    const HostReader out(uniquePipeName());
+    RoleProcess workbench("without-host", {QStringLiteral("pipe?param=") + in.fullName() +
+                                           QLatin1Char('&') + out.fullName()});
+    ASSERT_TRUE(in.awaitClient());
+    in.close();
+    EXPECT_EQ(workbench.nextLine(), "left");
+    EXPECT_EQ(workbench.waitForExit(), 0);
 }
 
 #ifdef _WIN32
