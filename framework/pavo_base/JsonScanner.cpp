@@ -1,13 +1,20 @@
 #include "pavo_base/JsonScanner.h"
 
+#include <charconv>
+#include <system_error>
+
 namespace {
 
-/// As many as are certain to fit 64 bits.
-constexpr int kMaxDigits = 18;
-
-bool isDigit(char c)
+/// False when no Number can hold it. Unlike jsoncpp this reads a decimal point as one whatever the
+/// program's locale.
+template<typename Number>
+bool readNumber(const char* begin, const char* end, Json::Value& out)
 {
-    return c >= '0' && c <= '9';
+    Number number{};
+    if (std::from_chars(begin, end, number).ec != std::errc())
+        return false;
+    out = Json::Value(number);
+    return true;
 }
 
 } // namespace
@@ -56,21 +63,39 @@ bool JsonScanner::text(std::string_view& out)
     return false;
 }
 
-bool JsonScanner::integer(Json::Value& out)
+bool JsonScanner::skipOneOf(std::string_view characters)
 {
-    const bool isNegative = take('-');
-    const char* const begin = m_at;
-    Json::Int64 number = 0;
-    while (m_at != m_end && isDigit(*m_at) && m_at - begin < kMaxDigits)
-        number = 10 * number + (*m_at++ - '0');
-    // What goes on is a longer number or no integer.
-    const bool goesOn =
-        m_at != m_end && (isDigit(*m_at) || *m_at == '.' || *m_at == 'e' || *m_at == 'E');
-    const bool hasLeadingZero = m_at - begin > 1 && *begin == '0';
-    if (m_at == begin || goesOn || hasLeadingZero)
+    if (m_at == m_end || characters.find(*m_at) == std::string_view::npos)
         return false;
-    out = Json::Value(isNegative ? -number : number);
+    ++m_at;
     return true;
+}
+
+bool JsonScanner::digits()
+{
+    const char* const begin = m_at;
+    while (m_at != m_end && *m_at >= '0' && *m_at <= '9')
+        ++m_at;
+    return m_at != begin;
+}
+
+bool JsonScanner::number(Json::Value& out)
+{
+    const char* const begin = m_at;
+    skipOneOf("-");
+    const char* const first = m_at;
+    if (!digits() || (*first == '0' && m_at - first > 1))
+        return false;
+    const char* const integerEnd = m_at;
+    if (skipOneOf(".") && !digits())
+        return false;
+    if (skipOneOf("eE")) {
+        skipOneOf("+-");
+        if (!digits())
+            return false;
+    }
+    return m_at == integerEnd ? readNumber<Json::Int64>(begin, m_at, out)
+                              : readNumber<double>(begin, m_at, out);
 }
 
 bool JsonScanner::members(Json::Value& out, int levels)
@@ -125,6 +150,6 @@ bool JsonScanner::value(Json::Value& out, int levels)
         out = Json::Value();
         return takeWord("null");
     default:
-        return integer(out);
+        return number(out);
     }
 }

@@ -6,8 +6,8 @@
 
 /// Reads plain JSON faster than a parser that has to know all of it.
 ///
-/// Plain are objects, arrays, texts without backslashes, integers of up to 18 digits, true, false
-/// and null, nested up to kMaxDepth levels. At anything else it gives up, be it an error or not: it
+/// Plain are objects, arrays, texts without backslashes, numbers that fit, true, false and null,
+/// nested up to kMaxDepth levels. At anything else it gives up, be it an error or not: it
 /// is no judge of what is valid. What it reads means to it what it means to jsoncpp.
 class JsonScanner
 {
@@ -28,7 +28,9 @@ private:
     bool take(char c);
     bool takeWord(std::string_view word);
     bool text(std::string_view& out);
-    bool integer(Json::Value& out);
+    bool skipOneOf(std::string_view characters);
+    bool digits();
+    bool number(Json::Value& out);
     bool members(Json::Value& out, int levels);
     bool elements(Json::Value& out, int levels);
     bool value(Json::Value& out, int levels);

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <locale>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -252,6 +253,23 @@ TEST(JSONUtils, dialectOfJsoncpp)
     };
     for (const auto& row : lax)
         EXPECT_EQ(parsed(row.text), row.value) << row.text;
+}
+
+TEST(JSONUtils, decimalPointsAreReadWhateverTheLocale)
+{
+    struct Comma : std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale(), new Comma));
+    const std::string text = R"({"a":[3.0,-1234.5,1e3,12345678],"b":0.25})";
+    const Json::Value value = parsed(text);
+    const std::string written = JSONUtils::stringFromJSON(value);
+    std::locale::global(before);
+    EXPECT_EQ(JSONUtils::optInt(0, JSONUtils::optObject("a", value)), 3);
+    EXPECT_EQ(written, R"({"a":[3.0,-1234.5,1000.0,12345678],"b":0.25})");
 }
 
 TEST(JSONUtils, numbersBeyondTheIntegersBecomeDoubles)
