@@ -225,8 +225,11 @@ void KTChannelManager::enterMainUI(unsigned int code, KTChannelObserver* observe
     if (PAVOCore* core = PAVOCore::shareInstance())
         text = QString::fromStdString(core->getCoreConfig().clientVersion);
     startupCompleted(code, text);
-    if (m_observer.get() != observer)
+    if (m_observer.get() != observer) {
+        // First of all the old one goes: what it holds may take the observer out when destroyed.
+        m_observer.reset();
         m_observer.reset(observer);
+    }
     // A callback of the replay may enter the main window anew: what is left then goes, from the
     // replay under way, to the observer held by then.
     if (m_context && m_context != m_replayed)

@@ -258,6 +258,19 @@ TEST_F(KTChannelManagerTest, AnotherObserverReplacesAndTheSameOneStays)
     EXPECT_EQ(alive.use_count(), 1);
 }
 
+TEST_F(KTChannelManagerTest, ObserverThatIsReplacedMayTakeItselfOutOnItsWay)
+{
+    // What it holds, as a main window, takes the observer out when it is destroyed.
+    std::shared_ptr<void> window(nullptr, [](void*) { channel().enterMainUI(0, nullptr); });
+    ASSERT_TRUE(startUp());
+    auto* first = new KTChannelObserver;
+    first->onOpenBaseInfoSetting = [held = std::move(window)] {};
+    channel().enterMainUI(0, first);
+    channel().enterMainUI(0, recordingObserver());
+    KTChannelManagerProbe::receive(kOpenSettings);
+    EXPECT_EQ(calls, std::vector<std::string>{"settings"});
+}
+
 TEST_F(KTChannelManagerTest, ParkedRequestsAreReplayedOnceAndInOrder)
 {
     ASSERT_TRUE(startUp());
