@@ -60,7 +60,8 @@ public:
     /// Any thread, and no call waits for the host. Workbench and host agree on what the values
     /// mean: they are neither checked nor changed. Texts are UTF-8. A message is dropped without a
     /// trace before startUp() has succeeded, after the pipe is closed, and if its JSON text is
-    /// longer than 2043 UTF-16 units.
+    /// longer than 2043 UTF-16 units. One with characters outside ASCII reaches the host without
+    /// its end: docs/protocol.md says what hosts do about that.
     /// @{
 
     /// Asks the host to bring up its own window.
