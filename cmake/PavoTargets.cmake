@@ -1,6 +1,7 @@
 # How every target of the tree is compiled and how every test is registered.
 
-option(PAVO_WERROR "Treat warnings as errors" ON)
+# Another compiler's new warning must not stop a project that embeds this one.
+option(PAVO_WERROR "Treat warnings as errors" ${PROJECT_IS_TOP_LEVEL})
 set(PAVO_SANITIZE "" CACHE STRING "Sanitizers of every target, as -fsanitize= takes them")
 
 add_library(pavo_build_options INTERFACE)
