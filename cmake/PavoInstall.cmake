@@ -30,10 +30,13 @@ function(pavo_install_debug component folder)
       add_custom_command(TARGET ${target} POST_BUILD VERBATIM
         COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> ${debug})
       install(FILES ${debug} DESTINATION ${folder}/.debug COMPONENT pavo_debug)
-      install(CODE "execute_process(
-        COMMAND \"${CMAKE_OBJCOPY}\" --strip-unneeded \"--add-gnu-debuglink=${debug}\"
-          \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}/$<TARGET_FILE_NAME:${target}>\"
-        COMMAND_ERROR_IS_FATAL ANY)" COMPONENT ${component})
+      install(CODE "
+        set(file \"${folder}/$<TARGET_FILE_NAME:${target}>\")
+        cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
+        execute_process(
+          COMMAND \"${CMAKE_OBJCOPY}\" --strip-unneeded \"--add-gnu-debuglink=${debug}\"
+            \"\$ENV{DESTDIR}\${file}\"
+          COMMAND_ERROR_IS_FATAL ANY)" COMPONENT ${component})
     endif()
   endforeach()
 endfunction()
@@ -62,8 +65,8 @@ function(pavo_install_package package)
 
   if(NOT WIN32)
     set(folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-    file(RELATIVE_PATH prefix_from_pc
-      ${CMAKE_INSTALL_PREFIX}/${folder} ${CMAKE_INSTALL_PREFIX})
+    file(RELATIVE_PATH headers_from_pc
+      ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
     configure_file(${PROJECT_SOURCE_DIR}/packaging/${package}.pc.in ${generated}.pc @ONLY)
     install(FILES ${generated}.pc DESTINATION ${folder} COMPONENT ${development})
   endif()
