@@ -19,9 +19,14 @@ else()
   set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
 endif()
 
+option(PAVO_SPLIT_DEBUG "Install what debuggers need apart from the programs and libraries" ON)
+
 # pavo_install_debug(COMPONENT FOLDER TARGETS...): what debuggers need of targets that are installed in
-# FOLDER as parts of COMPONENT. It is kept apart, where debuggers look for it.
+# FOLDER as parts of COMPONENT, where debuggers look for it.
 function(pavo_install_debug component folder)
+  if(NOT PAVO_SPLIT_DEBUG)
+    return()
+  endif()
   foreach(target IN LISTS ARGN)
     if(MSVC)
       install(FILES $<TARGET_PDB_FILE:${target}> DESTINATION ${folder} COMPONENT pavo_debug OPTIONAL)

@@ -15,6 +15,10 @@ target_compile_options(pavo_build_options INTERFACE "$<$<COMPILE_LANGUAGE:CXX>:$
 target_compile_definitions(pavo_build_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
   $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601>)
+if(MINGW)
+  # The same sources give the same bytes, whenever they are linked.
+  add_link_options(-Wl,--no-insert-timestamp)
+endif()
 if(PAVO_SANITIZE)
   add_compile_options(-fsanitize=${PAVO_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${PAVO_SANITIZE})
