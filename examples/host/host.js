@@ -6,7 +6,6 @@
 
 "use strict";
 const { spawn } = require("child_process");
-const { once } = require("events");
 const readline = require("readline");
 
 const [pavoHost, ...workbench] = process.argv.slice(2);
@@ -17,6 +16,10 @@ if (workbench.length === 0) {
 const bridge = spawn(pavoHost, ["--json", "--", ...workbench], {
   stdio: ["pipe", "pipe", "inherit"],
 });
+bridge.on("error", (error) => console.error(error.message));
+// That nobody reads any more shows in what comes back: it ends.
+bridge.stdin.on("error", () => {});
+const exitCode = new Promise((resolve) => bridge.on("close", (code) => resolve(code ?? 1)));
 
 function send(name, ...values) {
   console.log(">", name, JSON.stringify(values));
@@ -71,7 +74,6 @@ async function waitFor(...names) {
 }
 
 async function main() {
-  const ended = once(bridge, "close");
   send("Login", "waiter", false, 1, "desktop", "", "secret");
   await waitFor("StartupCompleted", "ChangeStatusCallback");
   send("OpenLXWindow", "customer-7", 3, "order-42");
@@ -81,7 +83,7 @@ async function main() {
   // pavo-host goes away, and the workbench leaves when its host does.
   bridge.stdin.end();
   while (!(await messages.next()).done);
-  [process.exitCode] = await ended;
+  process.exitCode = await exitCode;
 }
 
 main().catch((error) => {

@@ -12,6 +12,7 @@ import struct
 import subprocess
 import sys
 import threading
+from contextlib import closing
 
 if os.name == "nt":
     from pipes_win import Pipe
@@ -50,14 +51,15 @@ def wait_for(pipe, *names):
     while names:
         frame = pipe.read()
         if not frame:
-            raise ConnectionError
+            raise ConnectionError("the workbench has gone")
         try:
             message = json.loads(text_of(frame))
-        except ValueError:
+            name, arguments = message["name"], message["arguments"]
+        except (ValueError, KeyError, TypeError):
             continue  # It is no message.
-        show("<", message["name"], message["arguments"])
-        if message["name"] in names:
-            names.remove(message["name"])
+        show("<", name, arguments)
+        if name in names:
+            names.remove(name)
 
 
 def converse(to_workbench, from_workbench):
@@ -74,24 +76,26 @@ def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__)
     sys.stdout.reconfigure(encoding="utf-8")
-    to_workbench = Pipe(f"example-host-{os.getpid()}-to", host_writes=True)
-    from_workbench = Pipe(f"example-host-{os.getpid()}-from", host_writes=False)
+    name = f"example-host-{os.getpid()}"
+    to_workbench = Pipe(f"{name}-to", host_writes=True)
+    from_workbench = Pipe(f"{name}-from", host_writes=False)
     channel = f"pipe?param={to_workbench.name}&{from_workbench.name}"
-    workbench = subprocess.Popen([*sys.argv[1:], channel])
+    with closing(to_workbench), closing(from_workbench):
+        try:
+            workbench = subprocess.Popen([*sys.argv[1:], channel])
 
-    def end_waiting():
-        workbench.wait()
-        to_workbench.visit()
-        from_workbench.visit()
+            def end_waiting():
+                workbench.wait()
+                to_workbench.visit()
+                from_workbench.visit()
 
-    threading.Thread(target=end_waiting, daemon=True).start()
-    try:
-        converse(to_workbench, from_workbench)
-    except OSError:
-        sys.exit("the workbench has gone")
+            threading.Thread(target=end_waiting, daemon=True).start()
+            converse(to_workbench, from_workbench)
+        except OSError as error:
+            sys.exit(f"host.py: {error}")
     # The workbench leaves when its host does.
-    to_workbench.close()
     sys.exit(workbench.wait())
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -4,7 +4,8 @@
 //     example-host WORKBENCH [ARGUMENTS...]
 //
 // It does one thing after the other, so it hangs if the workbench does, though not if that ends. A
-// host for every day reads on a thread of its own.
+// host for every day reads on a thread of its own. It is built in the library's tree, whose
+// platform/ takes the place of Windows elsewhere.
 
 #include "platform/PipeSecurity.h"
 #include "platform/UniqueHandle.h"
@@ -163,6 +164,8 @@ int main(int argc, char** argv)
     bool fine = false;
     std::thread conversation([&] {
         fine = converse(toWorkbench, fromWorkbench);
+        if (!fine)
+            std::fputs("example-host: the workbench has gone\n", stderr);
         toWorkbench.close(); // The workbench leaves when its host does.
     });
     workbench.waitForFinished(-1);

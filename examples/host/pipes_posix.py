@@ -3,6 +3,7 @@
 import os
 import socket
 import struct
+from contextlib import suppress
 
 GRANTED = struct.pack("=III", 0, 4, 0)  # no error, a pipe of messages, no waiting time
 REQUEST_SIZE = 8
@@ -20,14 +21,14 @@ class Pipe:
         self._listener = socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET)
         self._listener.bind(self._path)
         self._listener.listen(1)
+        self._socket = None
 
     def accept(self):
         """Waits until the workbench has opened the pipe."""
         self._socket, _ = self._listener.accept()
-        self._listener.close()
-        os.unlink(self._path)
+        self._stop_listening()
         if not self._socket.recv(REQUEST_SIZE):
-            raise ConnectionError
+            raise ConnectionError("nobody has opened the pipe")
         self._socket.send(GRANTED)
 
     def visit(self):
@@ -46,4 +47,11 @@ class Pipe:
         return self._socket.recv(PACKET_SIZE)[1:]
 
     def close(self):
-        self._socket.close()
+        self._stop_listening()
+        if self._socket:
+            self._socket.close()
+
+    def _stop_listening(self):
+        self._listener.close()
+        with suppress(FileNotFoundError):
+            os.unlink(self._path)

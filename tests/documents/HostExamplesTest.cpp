@@ -163,5 +163,13 @@ TEST_P(HostExamplesTest, SeesThatTheWorkbenchHasEndedBeforeItOpenedThePipes)
     EXPECT_GT(result.exitCode, 0) << result.output.constData();
 }
 
+TEST_P(HostExamplesTest, SaysInALineOrTwoThatTheWorkbenchCannotBeStarted)
+{
+    const ToolResult result = host({QStringLiteral("no/such/workbench")});
+    EXPECT_GT(result.exitCode, 0);
+    EXPECT_GT(result.errors.count('\n'), 0);
+    EXPECT_LE(result.errors.count('\n'), 2) << result.errors.constData();
+}
+
 INSTANTIATE_TEST_SUITE_P(Languages, HostExamplesTest, testing::ValuesIn(examples()),
                          [](const auto& test) { return std::string(test.param.name); });
