@@ -31,16 +31,18 @@ function(pavo_install_debug component folder)
     if(MSVC)
       install(FILES $<TARGET_PDB_FILE:${target}> DESTINATION ${folder} COMPONENT pavo_debug OPTIONAL)
     else()
+      # A DLL's own date is preserved, too: objcopy would set it to the time of day.
       set(debug $<TARGET_FILE:${target}>.debug)
       add_custom_command(TARGET ${target} POST_BUILD VERBATIM
-        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> ${debug})
+        COMMAND ${CMAKE_OBJCOPY} --preserve-dates --only-keep-debug
+          $<TARGET_FILE:${target}> ${debug})
       install(FILES ${debug} DESTINATION ${folder}/.debug COMPONENT pavo_debug)
       install(CODE "
         set(file \"${folder}/$<TARGET_FILE_NAME:${target}>\")
         cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
         execute_process(
-          COMMAND \"${CMAKE_OBJCOPY}\" --strip-unneeded \"--add-gnu-debuglink=${debug}\"
-            \"\$ENV{DESTDIR}\${file}\"
+          COMMAND \"${CMAKE_OBJCOPY}\" --preserve-dates --strip-unneeded
+            \"--add-gnu-debuglink=${debug}\" \"\$ENV{DESTDIR}\${file}\"
           COMMAND_ERROR_IS_FATAL ANY)" COMPONENT ${component})
     endif()
   endforeach()
