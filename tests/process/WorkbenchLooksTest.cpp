@@ -3,7 +3,9 @@
 #include "pavo_core/SimulatedLoginService.h"
 #include "tests/process/OnDisplay.h"
 #include "tests/support/Wait.h"
+#include "tools/pavo-workbench/ActivityDelegate.h"
 #include "tools/pavo-workbench/ChineseTexts.h"
+#include "tools/pavo-workbench/ElidingLabel.h"
 #include "tools/pavo-workbench/Theme.h"
 #include "tools/pavo-workbench/Workbench.h"
 #include "tools/pavo-workbench/WorkbenchWindow.h"
@@ -14,6 +16,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTextDocument>
 #include <QtTest>
 
 #include <gtest/gtest.h>
@@ -21,6 +24,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -97,6 +101,11 @@ protected:
         return *m_window->findChild<QListWidget*>(QStringLiteral("accounts"));
     }
 
+    QListWidget& activities()
+    {
+        return *m_window->findChild<QListWidget*>(QStringLiteral("activity"));
+    }
+
     /// With the ground that is not the widget's own.
     QImage picture(const QWidget& widget) const
     {
@@ -162,6 +171,39 @@ TEST_F(WorkbenchLooks, TextsAreReadableInEverySkin)
             EXPECT_GE(contrastIn(picture(*widget)), kReadable)
                 << Theme::of(skin).name << ": " << text.toStdString();
         }
+    }
+}
+
+TEST_F(WorkbenchLooks, TextsFromElsewhereAreOneLineAndNoMarkup)
+{
+    const QString text = QStringLiteral("\"<h1>first</h1>\nsecond &amp; %1\"");
+    Q_EMIT m_workbench->hostAsked(QStringLiteral("asked"), text);
+    QListWidgetItem* const activity = activities().item(0);
+    QTextDocument toolTip;
+    ASSERT_TRUE(Qt::mightBeRichText(activity->toolTip()));
+    toolTip.setHtml(activity->toolTip());
+    EXPECT_EQ(toolTip.toPlainText(), text.simplified());
+
+    const QImage picture = this->picture(activities());
+    activity->setData(ActivityDelegate::DetailRole, text.simplified());
+    EXPECT_EQ(picture, this->picture(activities()));
+
+    ElidingLabel label;
+    const auto height = [&label](const QString& shown) {
+        label.setText(shown);
+        return label.sizeHint().height();
+    };
+    EXPECT_EQ(height(QStringLiteral("<h1>waiter</h1>")), height(QStringLiteral("waiter")));
+}
+
+TEST_F(WorkbenchLooks, LongTextsAreCut)
+{
+    const QString longest(1000, QLatin1Char('x'));
+    for (const auto& [text, shown] :
+         {std::pair(longest, longest),
+          std::pair(longest + longest, longest + QStringLiteral("..."))}) {
+        Q_EMIT m_workbench->hostAsked(QStringLiteral("asked"), text);
+        EXPECT_EQ(activities().item(0)->data(ActivityDelegate::DetailRole), shown);
     }
 }
 

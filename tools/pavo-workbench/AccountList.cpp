@@ -2,6 +2,7 @@
 
 #include "tools/pavo-workbench/AccountDelegate.h"
 #include "tools/pavo-workbench/Accounts.h"
+#include "tools/pavo-workbench/Painting.h"
 
 #include <QShortcut>
 
@@ -65,9 +66,10 @@ void AccountList::refresh(const Accounts& accounts)
         if (!isFront && !selected.mergeWindow())
             continue;
         auto* item = new QListWidgetItem(QString::fromStdString(account.pin), this);
-        item->setToolTip(count() > kNumberKeys
-                             ? item->text()
-                             : QStringLiteral("%1 (Ctrl+%2)").arg(item->text()).arg(count()));
+        item->setToolTip(Painting::toolTip(
+            count() > kNumberKeys
+                ? item->text()
+                : QStringLiteral("%1 (Ctrl+%2)").arg(item->text(), QString::number(count()))));
         item->setData(AccountDelegate::SkinRole, account.skin);
         item->setData(AccountDelegate::LoginStateRole, account.loginState);
         item->setData(AccountDelegate::UnreadRole, account.unread);

@@ -1,6 +1,7 @@
 #include "tools/pavo-workbench/ActivityList.h"
 
 #include "tools/pavo-workbench/ActivityDelegate.h"
+#include "tools/pavo-workbench/Painting.h"
 
 #include <QLabel>
 #include <QTime>
@@ -9,6 +10,7 @@
 namespace {
 
 constexpr int kLength = 500;
+constexpr int kDetailLength = 1000; ///< more than there is room for
 
 } // namespace
 
@@ -33,14 +35,16 @@ void ActivityList::setTheme(const Theme& theme)
     viewport()->update();
 }
 
-void ActivityList::add(const QString& what, const QString& detail)
+void ActivityList::add(const QString& what, QString detail)
 {
+    if (detail.size() > kDetailLength)
+        detail.replace(kDetailLength, detail.size(), QStringLiteral("..."));
     m_nothing->hide();
     auto* item = new QListWidgetItem(what);
     item->setData(ActivityDelegate::DetailRole, detail);
     item->setData(ActivityDelegate::TimeRole,
                   QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
-    item->setToolTip(detail);
+    item->setToolTip(Painting::toolTip(detail));
     insertItem(0, item);
     delete takeItem(kLength);
     scrollToTop();

@@ -15,7 +15,7 @@ public:
     ActivityList();
 
     void setTheme(const Theme& theme);
-    void add(const QString& what, const QString& detail);
+    void add(const QString& what, QString detail);
 
 private:
     ActivityDelegate* m_delegate;

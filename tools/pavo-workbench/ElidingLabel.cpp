@@ -1,6 +1,13 @@
 #include "tools/pavo-workbench/ElidingLabel.h"
 
+#include "tools/pavo-workbench/Painting.h"
+
 #include <QPainter>
+
+ElidingLabel::ElidingLabel()
+{
+    setTextFormat(Qt::PlainText);
+}
 
 QSize ElidingLabel::minimumSizeHint() const
 {
@@ -10,6 +17,5 @@ QSize ElidingLabel::minimumSizeHint() const
 void ElidingLabel::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft,
-                     fontMetrics().elidedText(text(), Qt::ElideRight, width()));
+    Painting::writeLine(painter, rect(), text(), font(), palette().color(foregroundRole()));
 }

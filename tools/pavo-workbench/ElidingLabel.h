@@ -2,13 +2,13 @@
 
 #include <QLabel>
 
-/// One line of text, which ends in dots where there is no room for all of it.
+/// One line of plain text, which ends in dots where there is no room for all of it.
 class ElidingLabel : public QLabel
 {
     Q_OBJECT
 
 public:
-    using QLabel::QLabel;
+    ElidingLabel();
 
     [[nodiscard]] QSize minimumSizeHint() const override;
 

@@ -14,6 +14,13 @@ void Painting::writeLine(QPainter& painter, const QRect& place, const QString& t
 {
     painter.setFont(font);
     painter.setPen(colour);
-    painter.drawText(place, int(Qt::AlignVCenter) | side,
-                     painter.fontMetrics().elidedText(text, Qt::ElideRight, place.width()));
+    painter.drawText(
+        place, int(Qt::AlignVCenter) | side,
+        painter.fontMetrics().elidedText(text.simplified(), Qt::ElideRight, place.width()));
+}
+
+QString Painting::toolTip(const QString& text)
+{
+    // Markup only so that lines are wrapped; the text's own is none.
+    return text.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
 }

@@ -6,7 +6,7 @@ class QColor;
 class QPainter;
 class QRect;
 
-/// What the delegates have in common.
+/// How texts are shown that come from elsewhere, and so may hold line breaks and markup.
 namespace Painting {
 
 QFont sized(QFont font, int pixels, bool bold);
@@ -15,5 +15,8 @@ QFont sized(QFont font, int pixels, bool bold);
 /// of it.
 void writeLine(QPainter& painter, const QRect& place, const QString& text, const QFont& font,
                const QColor& colour, Qt::AlignmentFlag side = Qt::AlignLeft);
+
+/// A tool tip with this text, of several lines where it is long.
+QString toolTip(const QString& text);
 
 } // namespace Painting

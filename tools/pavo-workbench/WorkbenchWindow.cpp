@@ -4,6 +4,7 @@
 #include "tools/pavo-workbench/ActivityList.h"
 #include "tools/pavo-workbench/Avatar.h"
 #include "tools/pavo-workbench/ElidingLabel.h"
+#include "tools/pavo-workbench/Painting.h"
 #include "tools/pavo-workbench/PresenceBar.h"
 #include "tools/pavo-workbench/Theme.h"
 #include "tools/pavo-workbench/Workbench.h"
@@ -21,19 +22,13 @@ constexpr int kSideWidth = 232;
 constexpr QSize kMinimumSize(720, 400);
 constexpr int kAvatar = 52;
 
-template<typename Label = QLabel>
-Label* makeLabel(const char* name, const QString& text = QString())
+template<typename Widget>
+Widget* make(const char* name, const QString& text = QString())
 {
-    auto* label = new Label(text);
-    label->setObjectName(QLatin1String(name));
-    return label;
-}
-
-QPushButton* makeButton(const char* name, const QString& text = QString())
-{
-    auto* button = new QPushButton(text);
-    button->setObjectName(QLatin1String(name));
-    return button;
+    auto* widget = new Widget;
+    widget->setObjectName(QLatin1String(name));
+    widget->setText(text);
+    return widget;
 }
 
 } // namespace
@@ -63,8 +58,8 @@ QWidget* WorkbenchWindow::makeSide()
 {
     m_accounts = new AccountList;
     connect(m_accounts, &AccountList::chosen, &m_workbench.accounts(), &Accounts::switchTo);
-    m_count = makeLabel("count");
-    auto* title = makeLabel("sideTitle", tr("&Accounts"));
+    m_count = make<QLabel>("count");
+    auto* title = make<QLabel>("sideTitle", tr("&Accounts"));
     title->setBuddy(m_accounts);
     auto* header = new QHBoxLayout;
     header->setContentsMargins(12, 0, 12, 0);
@@ -81,14 +76,14 @@ QWidget* WorkbenchWindow::makeSide()
     layout->setSpacing(12);
     layout->addLayout(header);
     layout->addWidget(m_accounts, 1);
-    layout->addWidget(makeLabel("hint", tr("Ctrl+1 to Ctrl+9: switch")), 0, Qt::AlignHCenter);
+    layout->addWidget(make<QLabel>("hint", tr("Ctrl+1 to Ctrl+9: switch")), 0, Qt::AlignHCenter);
     return side;
 }
 
 QWidget* WorkbenchWindow::makeMain()
 {
     m_activity = new ActivityList;
-    auto* heading = makeLabel("heading", tr("Activi&ty"));
+    auto* heading = make<QLabel>("heading", tr("Activi&ty"));
     heading->setBuddy(m_activity);
 
     auto* main = new QWidget;
@@ -107,8 +102,8 @@ QWidget* WorkbenchWindow::makeMain()
 QBoxLayout* WorkbenchWindow::makeHeader()
 {
     m_avatar = new Avatar(kAvatar);
-    m_title = makeLabel<ElidingLabel>("title");
-    m_subtitle = makeLabel<ElidingLabel>("subtitle");
+    m_title = make<ElidingLabel>("title");
+    m_subtitle = make<ElidingLabel>("subtitle");
     auto* titles = new QVBoxLayout;
     titles->setSpacing(0);
     titles->addWidget(m_title);
@@ -124,9 +119,9 @@ QBoxLayout* WorkbenchWindow::makePresences()
 {
     m_presences = new PresenceBar;
     connect(m_presences, &PresenceBar::chosen, &m_workbench, &Workbench::setPresence);
-    auto* heading = makeLabel("heading", tr("&Presence"));
+    auto* heading = make<QLabel>("heading", tr("&Presence"));
     heading->setBuddy(m_presences);
-    m_forAll = makeButton("forAll", tr("&For all"));
+    m_forAll = make<QPushButton>("forAll", tr("&For all"));
     m_forAll->setToolTip(tr("Have the other accounts take on this presence, too"));
     Accounts& accounts = m_workbench.accounts();
     connect(m_forAll, &QPushButton::clicked, &accounts,
@@ -143,12 +138,12 @@ QBoxLayout* WorkbenchWindow::makePresences()
 QBoxLayout* WorkbenchWindow::makeButtons()
 {
     Accounts& accounts = m_workbench.accounts();
-    m_merge = makeButton("merge");
+    m_merge = make<QPushButton>("merge");
     connect(m_merge, &QPushButton::clicked, this,
             [&accounts] { accounts.setMerged(!accounts.selected().mergeWindow()); });
-    auto* minimise = makeButton("minimise", tr("Mi&nimise"));
+    auto* minimise = make<QPushButton>("minimise", tr("Mi&nimise"));
     connect(minimise, &QPushButton::clicked, &accounts, &Accounts::minimise);
-    auto* hideButton = makeButton("hide", tr("&Hide"));
+    auto* hideButton = make<QPushButton>("hide", tr("&Hide"));
     connect(hideButton, &QPushButton::clicked, &accounts, &Accounts::hide);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(m_merge);
@@ -230,7 +225,7 @@ void WorkbenchWindow::refresh()
     setWindowTitle(pin.isEmpty() ? tr("Workbench") : tr("%1 - Workbench").arg(pin));
     m_avatar->setAccount(pin, accounts.skin());
     m_title->setText(pin.isEmpty() ? tr("Nobody is logged in") : pin);
-    m_title->setToolTip(pin);
+    m_title->setToolTip(Painting::toolTip(pin));
     m_subtitle->setText(
         (isMerged ? tr("%1 skin, one window for all accounts") : tr("%1 skin, a window of its own"))
             .arg(QCoreApplication::translate("Theme", theme.name)));
