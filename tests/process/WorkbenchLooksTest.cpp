@@ -31,6 +31,9 @@ namespace {
 constexpr int kSkins = 6;
 /// What is readable for people who see less than others, as is agreed on widely.
 constexpr double kReadable = 4.5;
+/// That a user can make the window, and one that another account may hand on.
+constexpr QSize kSmallest(720, 400);
+constexpr QSize kTiny(300, 200);
 const QRegularExpression kChinese(QStringLiteral("\\p{Han}"));
 
 double luminance(const QColor& colour)
@@ -89,11 +92,16 @@ protected:
 
     void SetUp() override
     {
-        m_workbench->accounts().popUp(true);
+        place(kSmallest);
         ASSERT_TRUE(waitUntil([this] { return m_window->isVisible() && accounts().count() == 1; }));
-        m_window->resize(m_window->minimumSize());
         QApplication::setActiveWindow(m_window);
         ASSERT_TRUE(QTest::qWaitForWindowExposed(m_window));
+    }
+
+    void place(const QSize& size)
+    {
+        m_workbench->accounts().place(100, 80, size.width(), size.height());
+        EXPECT_EQ(m_window->size(), size);
     }
 
     QListWidget& accounts()
@@ -147,8 +155,10 @@ QList<DisplayVariant> displayVariants()
 TEST_F(WorkbenchLooks, EveryTextHasRoom)
 {
     EXPECT_EQ(m_window->devicePixelRatioF(), qEnvironmentVariable("QT_SCALE_FACTOR").toDouble());
-    for (const bool merged : {false, true}) {
+    for (const auto& [merged, size] :
+         {std::pair(false, kSmallest), std::pair(true, kSmallest), std::pair(true, kTiny)}) {
         m_workbench->accounts().setMerged(merged);
+        place(size);
         QCoreApplication::sendPostedEvents();
         for (const auto& [widget, text] : texts()) {
             const QSize needed = widget->hasHeightForWidth()
@@ -264,9 +274,11 @@ TEST_F(WorkbenchLooks, KeyboardReachesEverything)
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     }
     EXPECT_EQ(QApplication::focusWidget(), &accounts());
+    place(kTiny);
     for (int i = 0; i < walk.size(); ++i) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
         back.prepend(name(QApplication::focusWidget()));
+        EXPECT_FALSE(QApplication::focusWidget()->visibleRegion().isEmpty());
     }
     EXPECT_EQ(there, walk) << there.join(QLatin1Char(' ')).toStdString();
     EXPECT_EQ(back, walk) << back.join(QLatin1Char(' ')).toStdString();

@@ -24,6 +24,7 @@ constexpr Theme kThemes[] = {
 constexpr const char* kStyleSheet = R"(
 WorkbenchWindow { background: @ground@; }
 QWidget { font-size: 14px; color: @text@; }
+QScrollArea, QScrollArea::corner, #contents { background: transparent; }
 QToolTip { background: @card@; color: @text@; border: 1px solid @line@; padding: 4px; }
 #side { background: @side@; }
 #side QLabel { color: white; font-weight: bold; }
@@ -49,9 +50,14 @@ QPushButton#merge:hover { border-color: @text@; }
 QPushButton#merge:disabled { background: @card@; border-color: @line@; color: @dim@; }
 #activity:focus, QPushButton:focus { border-color: @focus@; }
 QPushButton:checked:focus, QPushButton#merge:focus { border-color: @text@; }
-QScrollBar:vertical { background: transparent; width: 10px; margin: 2px; }
-QScrollBar::handle:vertical { background: @line@; border-radius: 3px; min-height: 30px; }
-QScrollBar::add-line, QScrollBar::sub-line { height: 0; }
+QScrollBar { background: transparent; margin: 2px; }
+QScrollBar:vertical { width: 10px; }
+QScrollBar:horizontal { height: 10px; }
+QScrollBar::handle { background: @dim@; border-radius: 3px; }
+#accounts QScrollBar::handle { background: @sideDim@; }
+QScrollBar::handle:vertical { min-height: 30px; }
+QScrollBar::handle:horizontal { min-width: 30px; }
+QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
 )";
 
 QColor mixed(QRgb ground, int whitePercent)

@@ -13,6 +13,7 @@
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -36,13 +37,23 @@ Widget* make(const char* name, const QString& text = QString())
 WorkbenchWindow::WorkbenchWindow(Workbench& workbench)
     : m_workbench(workbench)
 {
-    auto* layout = new QHBoxLayout(this);
+    auto* contents = new QWidget;
+    contents->setObjectName(QStringLiteral("contents"));
+    contents->setMinimumSize(kMinimumSize);
+    auto* sides = new QHBoxLayout(contents);
+    sides->setContentsMargins(0, 0, 0, 0);
+    sides->setSpacing(0);
+    sides->addWidget(makeSide());
+    sides->addWidget(makeMain(), 1);
+    // The window has to fit where another account's was, whatever its contents need.
+    auto* scrollArea = new QScrollArea;
+    scrollArea->setFrameShape(QFrame::NoFrame);
+    scrollArea->setFocusPolicy(Qt::NoFocus);
+    scrollArea->setWidgetResizable(true);
+    scrollArea->setWidget(contents);
+    auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(makeSide());
-    layout->addWidget(makeMain(), 1);
-    // The window has to fit where another account's was, whatever its texts need.
-    layout->setSizeConstraint(QLayout::SetNoConstraint);
+    layout->addWidget(scrollArea);
     // A window that is hidden for another account's is no reason to end.
     QApplication::setQuitOnLastWindowClosed(false);
     connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, this, &QWidget::close);
