@@ -16,6 +16,7 @@
 #include <QApplication>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QtTest>
 
 #include <gtest/gtest.h>
@@ -197,6 +198,18 @@ TEST_F(WorkbenchControls, KeyboardKeepsItsRowWhenTheListChanges)
     EXPECT_EQ(list().currentItem(), item(kOther));
 }
 
+TEST_F(WorkbenchControls, ListStaysWhereItIsScrolledTo)
+{
+    list().setFixedHeight(80);
+    QScrollBar& bar = *list().verticalScrollBar();
+    ASSERT_TRUE(waitUntil([&] { return bar.maximum() > 0; }));
+    bar.setValue(bar.maximum());
+    m_other->say("account-unread 2");
+    ASSERT_TRUE(
+        waitUntil([this] { return item(kOther)->data(AccountDelegate::UnreadRole).toInt() == 2; }));
+    EXPECT_EQ(bar.value(), bar.maximum());
+}
+
 TEST_F(WorkbenchControls, KeyboardGoesWithTheFront)
 {
     QTest::keyClick(&list(), Qt::Key_Down);
@@ -277,7 +290,7 @@ TEST_F(WorkbenchControls, WindowIsAsSmallAsItIsHandedOn)
     EXPECT_TRUE(isRecorded(kMANormal, m_window->geometry()));
 }
 
-TEST_F(WorkbenchControls, MarkIsSeenWithoutACount)
+TEST_F(WorkbenchControls, MarkIsSeenAndSpokenWithoutACount)
 {
     const auto redPixels = [this] {
         const QImage picture =
@@ -294,4 +307,6 @@ TEST_F(WorkbenchControls, MarkIsSeenWithoutACount)
     ASSERT_TRUE(
         waitUntil([this] { return item(kOther)->data(AccountDelegate::MarkRole).toInt() == 1; }));
     EXPECT_GT(redPixels(), 40);
+    EXPECT_EQ(item(kOther)->data(Qt::AccessibleTextRole),
+              QStringLiteral("cashier, Online, new messages"));
 }

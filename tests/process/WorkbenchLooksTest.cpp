@@ -10,6 +10,7 @@
 #include "tools/pavo-workbench/Workbench.h"
 #include "tools/pavo-workbench/WorkbenchWindow.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
@@ -282,6 +283,30 @@ TEST_F(WorkbenchLooks, KeyboardReachesEverything)
     }
     EXPECT_EQ(there, walk) << there.join(QLatin1Char(' ')).toStdString();
     EXPECT_EQ(back, walk) << back.join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(WorkbenchLooks, ScreenReadersSayWhatTheRowsShow)
+{
+    const bool isChinese = qgetenv("LC_ALL").startsWith("zh");
+    m_workbench->accounts().changeUnread(120);
+    const QAccessibleInterface* const account =
+        QAccessible::queryAccessibleInterface(&accounts())->child(0);
+    EXPECT_EQ(account->text(QAccessible::Name),
+              isChinese ? QStringLiteral("waiter, 在线，当前账号, 120 条未读")
+                        : QStringLiteral("waiter, Online, in front, 120 unread"));
+    m_workbench->accounts().changeUnread(0);
+    EXPECT_EQ(account->text(QAccessible::Name), isChinese
+                                                    ? QStringLiteral("waiter, 在线，当前账号")
+                                                    : QStringLiteral("waiter, Online, in front"));
+
+    const auto spoken = [this](const QString& what, const QString& detail) {
+        Q_EMIT m_workbench->hostAsked(what, detail);
+        return activities().item(0)->data(Qt::AccessibleTextRole).toString();
+    };
+    const QRegularExpression time(QStringLiteral(", \\d\\d:\\d\\d:\\d\\d$"));
+    EXPECT_EQ(spoken(QStringLiteral("asked"), {}).remove(time), QStringLiteral("asked"));
+    EXPECT_EQ(spoken(QStringLiteral("asked"), QStringLiteral("for this")).remove(time),
+              QStringLiteral("asked, for this"));
 }
 
 TEST_F(WorkbenchLooks, EveryLetterIsForOneControl)

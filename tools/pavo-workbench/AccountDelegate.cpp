@@ -66,7 +66,6 @@ void AccountDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
                             const QModelIndex& index) const
 {
     const bool inFront = index.data(FrontRole).toBool();
-    const int loginState = index.data(LoginStateRole).toInt();
     const QRect& row = option.rect;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
@@ -76,7 +75,7 @@ void AccountDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
 
     const QRect avatar(row.left() + kMargin, row.center().y() - kAvatar / 2, kAvatar, kAvatar);
     Avatar::paint(*painter, avatar, index.data().toString(), index.data(SkinRole).toInt());
-    painter->setBrush(Presence::colour(loginState));
+    painter->setBrush(Presence::colour(index.data(LoginStateRole).toInt()));
     painter->setPen(QPen(inFront ? m_theme->sideFront() : QColor(m_theme->side), 2));
     painter->drawEllipse(QRect(avatar.right() - kPresenceDot + 3,
                                avatar.bottom() - kPresenceDot + 3, kPresenceDot, kPresenceDot));
@@ -88,10 +87,9 @@ void AccountDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     const int middle = row.height() / 2;
     Painting::writeLine(*painter, texts.adjusted(0, 9, 0, -middle), index.data().toString(),
                         Painting::sized(option.font, 15, true), Qt::white);
-    const QString presence = Presence::name(loginState);
     Painting::writeLine(*painter, texts.adjusted(0, middle, 0, -9),
-                        inFront ? tr("%1, in front").arg(presence) : presence,
-                        Painting::sized(option.font, 12, false), m_theme->sideDim());
+                        index.data(StatusRole).toString(), Painting::sized(option.font, 12, false),
+                        m_theme->sideDim());
     painter->restore();
 }
 

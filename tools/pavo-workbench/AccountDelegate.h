@@ -12,7 +12,14 @@ class AccountDelegate : public QStyledItemDelegate
 
 public:
     /// What an item has to hold besides its text, the pin.
-    enum Role { SkinRole = Qt::UserRole, LoginStateRole, UnreadRole, MarkRole, FrontRole };
+    enum Role {
+        SkinRole = Qt::UserRole,
+        LoginStateRole,
+        StatusRole,
+        UnreadRole,
+        MarkRole,
+        FrontRole
+    };
 
     explicit AccountDelegate(QObject* parent);
 

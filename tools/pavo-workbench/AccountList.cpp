@@ -3,6 +3,7 @@
 #include "tools/pavo-workbench/AccountDelegate.h"
 #include "tools/pavo-workbench/Accounts.h"
 #include "tools/pavo-workbench/Painting.h"
+#include "tools/pavo-workbench/Presence.h"
 
 #include <QShortcut>
 
@@ -56,8 +57,11 @@ void AccountList::refresh(const Accounts& accounts)
     // The keyboard is where the front is, or stays where the user has taken it from there.
     const QListWidgetItem* const before = currentItem();
     const bool stays = before && !before->data(AccountDelegate::FrontRole).toBool();
-    const QString current = stays ? before->text() : QString();
-    clear();
+    const QString kept = stays ? before->text() : QString();
+    QListWidgetItem* current = nullptr;
+    // Rows stay, and with them where the list is scrolled to and what is said of the one under the
+    // mouse.
+    int row = 0;
     for (const MAAccountInfo& account : accounts.list()) {
         // Behind a window of its own an account is the only one, whatever was heard last.
         const bool isFront = selected.mergeWindow()
@@ -65,17 +69,36 @@ void AccountList::refresh(const Accounts& accounts)
                                  : QString::fromStdString(account.pin) == accounts.pin();
         if (!isFront && !selected.mergeWindow())
             continue;
-        auto* item = new QListWidgetItem(QString::fromStdString(account.pin), this);
-        item->setToolTip(Painting::toolTip(
-            count() > kNumberKeys
-                ? item->text()
-                : QStringLiteral("%1 (Ctrl+%2)").arg(item->text(), QString::number(count()))));
-        item->setData(AccountDelegate::SkinRole, account.skin);
-        item->setData(AccountDelegate::LoginStateRole, account.loginState);
-        item->setData(AccountDelegate::UnreadRole, account.unread);
-        item->setData(AccountDelegate::MarkRole, account.unreadMark);
-        item->setData(AccountDelegate::FrontRole, isFront);
-        if (item->text() == current || (isFront && !currentItem()))
-            setCurrentItem(item);
+        auto* item = row < count() ? this->item(row) : new QListWidgetItem(this);
+        fill(*item, account, isFront, ++row);
+        if (item->text() == kept || (isFront && !current))
+            current = item;
     }
+    while (count() > row)
+        delete takeItem(row);
+    setCurrentItem(current);
+}
+
+void AccountList::fill(QListWidgetItem& item, const MAAccountInfo& account, bool isFront,
+                       int number)
+{
+    const QString pin = QString::fromStdString(account.pin);
+    const QString presence = Presence::name(account.loginState);
+    const QString status = isFront ? tr("%1, in front").arg(presence) : presence;
+    QStringList spoken{pin, status};
+    if (account.unread > 0)
+        spoken << tr("%1 unread").arg(account.unread);
+    if (account.unreadMark != 0)
+        spoken << tr("new messages");
+    item.setText(pin);
+    item.setToolTip(Painting::toolTip(
+        number > kNumberKeys ? pin
+                             : QStringLiteral("%1 (Ctrl+%2)").arg(pin, QString::number(number))));
+    item.setData(Qt::AccessibleTextRole, spoken.join(QStringLiteral(", ")));
+    item.setData(AccountDelegate::SkinRole, account.skin);
+    item.setData(AccountDelegate::LoginStateRole, account.loginState);
+    item.setData(AccountDelegate::StatusRole, status);
+    item.setData(AccountDelegate::UnreadRole, account.unread);
+    item.setData(AccountDelegate::MarkRole, account.unreadMark);
+    item.setData(AccountDelegate::FrontRole, isFront);
 }

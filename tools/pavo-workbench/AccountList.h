@@ -4,6 +4,7 @@
 
 class AccountDelegate;
 class Accounts;
+class MAAccountInfo;
 struct Theme;
 
 /// The accounts that one can go to, by a click, by Return, or by Ctrl and their number.
@@ -22,6 +23,8 @@ Q_SIGNALS:
 
 private:
     void choose(const QListWidgetItem* item);
+    /// `number` counts from 1.
+    static void fill(QListWidgetItem& item, const MAAccountInfo& account, bool isFront, int number);
     void makeShortcuts();
 
     AccountDelegate* m_delegate;

@@ -42,8 +42,11 @@ void ActivityList::add(const QString& what, QString detail)
     m_nothing->hide();
     auto* item = new QListWidgetItem(what);
     item->setData(ActivityDelegate::DetailRole, detail);
-    item->setData(ActivityDelegate::TimeRole,
-                  QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
+    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    item->setData(ActivityDelegate::TimeRole, time);
+    QStringList spoken{what, detail, time};
+    spoken.removeAll(QString());
+    item->setData(Qt::AccessibleTextRole, spoken.join(QStringLiteral(", ")));
     item->setToolTip(Painting::toolTip(detail));
     insertItem(0, item);
     delete takeItem(kLength);
