@@ -228,8 +228,10 @@ TEST_F(WorkbenchControls, MergeSeparatesAndMerges)
     click("merge");
     otherSays("account code 2, front waiter, merged");
     EXPECT_EQ(list().count(), 2);
+    EXPECT_EQ(m_window->windowTitle(), QStringLiteral("waiter - Workbench"));
     accounts().quit();
     EXPECT_FALSE(button("merge").isEnabled());
+    EXPECT_EQ(m_window->windowTitle(), QStringLiteral("Workbench"));
 }
 
 TEST_F(WorkbenchControls, MinimisedWindowPopsUp)

@@ -285,6 +285,17 @@ TEST_F(WorkbenchLooks, KeyboardReachesEverything)
     EXPECT_EQ(back, walk) << back.join(QLatin1Char(' ')).toStdString();
 }
 
+TEST_F(WorkbenchLooks, IconIsTheAvatar)
+{
+    for (const int skin : {1, 0}) {
+        m_workbench->accounts().changeSkin(skin);
+        const QImage icon = m_window->windowIcon().pixmap(64, 64).toImage();
+        EXPECT_EQ(icon.pixelColor(icon.width() / 2, icon.height() / 8), Theme::of(skin).accent);
+        const QSize half = icon.size() / 2;
+        EXPECT_GE(contrastIn(icon.copy({{half.width() / 2, half.height() / 2}, half})), kReadable);
+    }
+}
+
 TEST_F(WorkbenchLooks, ScreenReadersSayWhatTheRowsShow)
 {
     const bool isChinese = qgetenv("LC_ALL").startsWith("zh");

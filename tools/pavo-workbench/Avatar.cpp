@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr int kIcon = 64;
+
 /// A letter may be of several characters.
 QString initial(const QString& pin)
 {
@@ -27,6 +29,15 @@ void Avatar::setAccount(const QString& pin, int skin)
     m_pin = pin;
     m_skin = skin;
     update();
+}
+
+QIcon Avatar::icon(const QString& pin, int skin)
+{
+    QPixmap picture(kIcon, kIcon);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    paint(painter, picture.rect(), pin, skin);
+    return picture;
 }
 
 void Avatar::paint(QPainter& painter, const QRect& place, const QString& pin, int skin)

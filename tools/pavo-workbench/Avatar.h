@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QWidget>
 
 /// An account's initial in the colour of its skin.
@@ -12,6 +13,7 @@ public:
 
     void setAccount(const QString& pin, int skin);
 
+    static QIcon icon(const QString& pin, int skin);
     static void paint(QPainter& painter, const QRect& place, const QString& pin, int skin);
 
 protected:

@@ -232,8 +232,9 @@ void WorkbenchWindow::refresh()
         m_accounts->setTheme(theme);
         m_activity->setTheme(theme);
     }
-    const QString pin = accounts.pin();
+    const QString pin = accounts.hasJoined() ? accounts.pin() : QString();
     setWindowTitle(pin.isEmpty() ? tr("Workbench") : tr("%1 - Workbench").arg(pin));
+    setWindowIcon(Avatar::icon(pin, accounts.skin()));
     m_avatar->setAccount(pin, accounts.skin());
     m_title->setText(pin.isEmpty() ? tr("Nobody is logged in") : pin);
     m_title->setToolTip(Painting::toolTip(pin));
