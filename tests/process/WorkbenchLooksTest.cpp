@@ -1,7 +1,9 @@
 // What the sample workbench's window looks like, at both scales and in both languages.
 
 #include "pavo_core/SimulatedLoginService.h"
+#include "platform/HostPipe.h"
 #include "tests/process/OnDisplay.h"
+#include "tests/support/Host.h"
 #include "tests/support/Wait.h"
 #include "tools/pavo-workbench/ActivityDelegate.h"
 #include "tools/pavo-workbench/ChineseTexts.h"
@@ -180,7 +182,7 @@ TEST_F(WorkbenchLooks, TextsAreReadableInEverySkin)
         m_workbench->accounts().changeSkin(skin);
         for (const auto& [widget, text] : texts()) {
             EXPECT_GE(contrastIn(picture(*widget)), kReadable)
-                << Theme::of(skin).name << ": " << text.toStdString();
+                << skin << ": " << text.toStdString();
         }
     }
 }
@@ -224,17 +226,17 @@ TEST(WorkbenchTheme, ColoursAreReadableOnEachOther)
         const Theme& theme = Theme::of(skin);
         const QColor grounds[] = {theme.ground, theme.card};
         for (const QColor& ground : grounds) {
-            EXPECT_GE(contrast(ground, theme.text), kReadable) << theme.name;
-            EXPECT_GE(contrast(ground, theme.dim), kReadable) << theme.name;
+            EXPECT_GE(contrast(ground, theme.text), kReadable) << skin;
+            EXPECT_GE(contrast(ground, theme.dim), kReadable) << skin;
         }
         const QColor sides[] = {theme.side, theme.sideHover(), theme.sideFront()};
         for (const QColor& side : sides) {
-            EXPECT_GE(contrast(side, Qt::white), kReadable) << theme.name;
-            EXPECT_GE(contrast(side, theme.sideDim()), kReadable) << theme.name;
+            EXPECT_GE(contrast(side, Qt::white), kReadable) << skin;
+            EXPECT_GE(contrast(side, theme.sideDim()), kReadable) << skin;
         }
-        EXPECT_GE(contrast(theme.accent, Qt::white), kReadable) << theme.name;
-        EXPECT_GE(contrast(theme.sideBadge(), Qt::white), kReadable) << theme.name;
-        EXPECT_GE(contrast(theme.card, theme.focus), kReadable) << theme.name;
+        EXPECT_GE(contrast(theme.accent, Qt::white), kReadable) << skin;
+        EXPECT_GE(contrast(theme.sideBadge(), Qt::white), kReadable) << skin;
+        EXPECT_GE(contrast(theme.card, theme.focus), kReadable) << skin;
     }
     EXPECT_GE(contrast(Theme::kMarked, Qt::white), kReadable);
 }
@@ -256,6 +258,46 @@ TEST_F(WorkbenchLooks, TextsAreInTheUsersLanguage)
             continue;
         EXPECT_EQ(text.contains(kChinese), isChinese) << text.toStdString();
     }
+}
+
+TEST_F(WorkbenchLooks, DetailsAreInTheUsersLanguage)
+{
+    pavo::HostPipe toWorkbench(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
+    const HostReader fromWorkbench(uniquePipeName());
+    ASSERT_TRUE(Workbench::startUp(
+        QStringLiteral("pipe?param=%1&%2").arg(toWorkbench.fullName(), fromWorkbench.fullName())));
+    ASSERT_TRUE(toWorkbench.awaitClient() && fromWorkbench.waitForClient());
+    m_workbench->enterMainWindow(0);
+
+    const struct
+    {
+        const char* message;
+        QString english;
+        QString chinese;
+    } asked[] = {
+        {R"({"name":"OpenLXWindow","arguments":["%1",3,"b"]})",
+         QStringLiteral("\"%1\", kind 3, \"b\""), QStringLiteral("\"%1\"，类型 3，\"b\"")},
+        {R"({"name":"ShowUnreadMessageList","arguments":[true,10,20,30,60]})",
+         QStringLiteral("at (10, 20), 20 x 40"), QStringLiteral("位于 (10, 20)，20 x 40")},
+        {R"({"name":"ChangeSkin","arguments":["{\"skinName\":\"lakeblue\"}"]})",
+         QStringLiteral("Geek blue"), QStringLiteral("极客蓝")},
+        {R"({"name":"ChangeSetting","arguments":["{\"shortcut\":[]}"]})", QStringLiteral("none"),
+         QStringLiteral("无")},
+        {R"({"name":"ChangeSetting","arguments":["{\"shortcut\":[)"
+         R"({\"valid\":true,\"modifiers\":15,\"keyCode\":112,\"functionName\":\"capture\"},)"
+         R"({\"valid\":false,\"keyCode\":13,\"functionName\":\"send\"}]}"]})",
+         QStringLiteral("capture (Ctrl+Alt+Shift+Meta+F1), send (Return, not in force)"),
+         QStringLiteral("capture (Ctrl+Alt+Shift+Meta+F1), send（Return，未生效）")},
+    };
+    const bool isChinese = qgetenv("LC_ALL").startsWith("zh");
+    for (const auto& [message, english, chinese] : asked) {
+        activities().clear();
+        ASSERT_TRUE(toWorkbench.write(frame(message)));
+        ASSERT_TRUE(waitUntil([this] { return activities().count() > 0; })) << message;
+        const QString detail = activities().item(0)->data(ActivityDelegate::DetailRole).toString();
+        EXPECT_EQ(detail.toStdString(), (isChinese ? chinese : english).toStdString());
+    }
+    ASSERT_FALSE(Workbench::startUp({})) << "the channel is closed";
 }
 
 TEST_F(WorkbenchLooks, KeyboardReachesEverything)
@@ -340,8 +382,8 @@ TEST_F(WorkbenchLooks, EveryLetterIsForOneControl)
 TEST(WorkbenchTexts, AllAreThereInChinese)
 {
     const ChineseTexts chinese;
-    const QRegularExpression marked(
-        QStringLiteral("(?:\\btr\\(|NOOP\\(\"\\w+\", |translate\\(\"\\w+\", )\"([^\"]+)\""));
+    const QRegularExpression marked(QStringLiteral(
+        "(?:\\btr\\(|TR_NOOP\\(|NOOP\\(\"\\w+\", |translate\\(\"\\w+\", )\"([^\"]+)\""));
     const QDir folder(QStringLiteral(PAVO_WORKBENCH_DIR));
     int count = 0;
     for (const QFileInfo& source : folder.entryInfoList({QStringLiteral("*.cpp")})) {

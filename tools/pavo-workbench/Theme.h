@@ -6,15 +6,14 @@
 /// The colours of a skin. Each text has a contrast of at least 4.5 to what it stands on.
 struct Theme
 {
-    const char* name; ///< in English, to be translated in the context "Theme"
-    QRgb accent;      ///< under white letters: the account's initial, what is chosen
-    QRgb side;        ///< the side panel, under white letters
-    QRgb ground;      ///< of the rest
-    QRgb card;        ///< what lies on the ground
-    QRgb line;        ///< around cards
-    QRgb text;        ///< on ground and card
-    QRgb dim;         ///< text that matters less
-    QRgb focus;       ///< around what has the keyboard
+    QRgb accent; ///< under white letters: the account's initial, what is chosen
+    QRgb side;   ///< the side panel, under white letters
+    QRgb ground; ///< of the rest
+    QRgb card;   ///< what lies on the ground
+    QRgb line;   ///< around cards
+    QRgb text;   ///< on ground and card
+    QRgb dim;    ///< text that matters less
+    QRgb focus;  ///< around what has the keyboard
 
     /// Of the skin with this index; of the first one when there is none.
     static const Theme& of(int skin);

@@ -3,8 +3,10 @@
 #include "ipc/KTChannelManager.h"
 #include "pavo_core/SimulatedLoginService.h"
 #include "tools/pavo-workbench/Say.h"
+#include "tools/pavo-workbench/Skin.h"
 
 #include <QCoreApplication>
+#include <QMetaEnum>
 #include <QStringList>
 
 #include <utility>
@@ -18,21 +20,24 @@ QString text(const std::string& utf8)
     return QLatin1Char('"') + QString::fromStdString(utf8) + QLatin1Char('"');
 }
 
-QString keyText(const KTKeyInfo& info)
+/// As on a menu: "Ctrl+Alt+F1".
+QString keysText(const KTKeyInfo& info)
 {
-    return QStringLiteral("%1 (key 0x%2, modifiers 0x%3%4)")
-        .arg(QString::fromStdString(info.functionName))
-        .arg(static_cast<int>(info.key), 0, 16)
-        .arg(static_cast<int>(info.modifiers), 0, 16)
-        .arg(QLatin1String(info.valid ? "" : ", not in force"));
-}
-
-QString keysText(const std::vector<KTKeyInfo>& infos)
-{
-    QStringList texts;
-    for (const KTKeyInfo& info : infos)
-        texts << keyText(info);
-    return texts.isEmpty() ? QStringLiteral("none") : texts.join(QStringLiteral(", "));
+    constexpr struct
+    {
+        Qt::KeyboardModifier modifier;
+        const char* name;
+    } kModifiers[] = {{Qt::ControlModifier, "Ctrl+"},
+                      {Qt::AltModifier, "Alt+"},
+                      {Qt::ShiftModifier, "Shift+"},
+                      {Qt::MetaModifier, "Meta+"}};
+    QString text;
+    for (const auto& [modifier, name] : kModifiers) {
+        if (info.modifiers.testFlag(modifier))
+            text += QLatin1String(name);
+    }
+    const QByteArray key = QMetaEnum::fromType<Qt::Key>().valueToKey(info.key);
+    return text + QString::fromLatin1(key.mid(key.indexOf('_') + 1));
 }
 
 } // namespace
@@ -98,11 +103,32 @@ void Workbench::takePresence(const std::string& pin, int presence)
     m_accounts.changeLoginState(presence);
 }
 
-void Workbench::asked(const char* said, const QString& shown, const QString& detail)
+template<typename... Texts>
+Workbench::Detail Workbench::detail(const char* english, const Texts&... texts)
 {
-    say(detail.isEmpty() ? QString::fromLatin1(said)
-                         : QStringLiteral("%1 %2").arg(QLatin1String(said), detail));
-    Q_EMIT hostAsked(shown, detail);
+    return {QString::fromLatin1(english).arg(texts...), tr(english).arg(texts...)};
+}
+
+Workbench::Detail Workbench::detail(const std::vector<KTKeyInfo>& keys)
+{
+    if (keys.empty())
+        return {QStringLiteral("none"), tr("none")};
+    QStringList said;
+    QStringList shown;
+    for (const KTKeyInfo& info : keys) {
+        const char* const text = info.valid ? "%1 (%2)" : QT_TR_NOOP("%1 (%2, not in force)");
+        const Detail each = detail(text, QString::fromStdString(info.functionName), keysText(info));
+        said << each.said;
+        shown << each.shown;
+    }
+    return {said.join(QStringLiteral(", ")), shown.join(QStringLiteral(", "))};
+}
+
+void Workbench::asked(const char* said, const QString& shown, const Detail& detail)
+{
+    say(detail.said.isEmpty() ? QString::fromLatin1(said)
+                              : QStringLiteral("%1 %2").arg(QLatin1String(said), detail.said));
+    Q_EMIT hostAsked(shown, detail.shown);
 }
 
 std::unique_ptr<KTChannelObserver> Workbench::makeObserver()
@@ -111,40 +137,39 @@ std::unique_ptr<KTChannelObserver> Workbench::makeObserver()
     observer->onOpenLXWindow = [this](int kind, const std::string& second,
                                       const std::string& first) {
         asked("open conversation", tr("Open conversation"),
-              QStringLiteral("%1, kind %2, %3").arg(text(first)).arg(kind).arg(text(second)));
+              detail(QT_TR_NOOP("%1, kind %2, %3"), text(first), QString::number(kind),
+                     text(second)));
         m_accounts.popUp(true);
     };
     observer->onOpenLXGroup = [this](const std::string& second, const std::string& first) {
-        asked("open group", tr("Open group"),
-              QStringLiteral("%1, %2").arg(text(first), text(second)));
+        asked("open group", tr("Open group"), detail("%1, %2", text(first), text(second)));
         m_accounts.popUp(true);
     };
     observer->onShowUnreadMessageList = [this](bool show, const QRect& place) {
         asked(show ? "show the unread messages" : "hide the unread messages",
               show ? tr("Show the unread messages") : tr("Hide the unread messages"),
-              QStringLiteral("at (%1, %2), %3 x %4")
-                  .arg(place.x())
-                  .arg(place.y())
-                  .arg(qint64{place.right()} - place.left() + 1)
-                  .arg(qint64{place.bottom()} - place.top() + 1));
+              detail(QT_TR_NOOP("at (%1, %2), %3 x %4"), QString::number(place.x()),
+                     QString::number(place.y()),
+                     QString::number(qint64{place.right()} - place.left() + 1),
+                     QString::number(qint64{place.bottom()} - place.top() + 1)));
     };
     observer->onHotKeyChanged = [this](const std::vector<KTKeyInfo>& infos) {
-        asked("hot keys:", tr("Hot keys"), keysText(infos));
+        asked("hot keys:", tr("Hot keys"), detail(infos));
     };
     observer->onShortcutChanged = [this](const std::vector<KTKeyInfo>& infos) {
-        asked("shortcuts:", tr("Shortcuts"), keysText(infos));
+        asked("shortcuts:", tr("Shortcuts"), detail(infos));
         // The settings' last part follows, the merge mode, which no observer is told of.
         QMetaObject::invokeMethod(&m_accounts, &Accounts::takeHostSettings, Qt::QueuedConnection);
     };
     observer->onSkinChanged = [this](int index) {
-        asked("skin", tr("Skin"), QString::number(index));
+        asked("skin", tr("Skin"), {QString::number(index), Skin::name(index)});
         m_accounts.changeSkin(index);
     };
     observer->onOpenBaseInfoSetting = [this] {
         asked("open the base-information settings", tr("Open the base-information settings"));
     };
     observer->onRequest = [this](const std::string& url) {
-        asked("show the page", tr("Show the page"), text(url));
+        asked("show the page", tr("Show the page"), detail("%1", text(url)));
     };
     observer->onPipeClosed = [] {
         say(QStringLiteral("the host has gone"));

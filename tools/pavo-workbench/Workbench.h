@@ -9,9 +9,11 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 class SimulatedLoginService;
 struct KTChannelObserver;
+struct KTKeyInfo;
 
 /// A workbench but for what is on the screen: says what the host and the other accounts want of it,
 /// a line each on standard output, acts on it, and ends when the host goes away.
@@ -44,8 +46,16 @@ Q_SIGNALS:
 private:
     std::unique_ptr<KTChannelObserver> makeObserver();
     void takePresence(const std::string& pin, int presence);
-    /// `said` is printed, `shown` is for the window.
-    void asked(const char* said, const QString& shown, const QString& detail = QString());
+    /// In English, as it is printed, and in the user's language, for the window.
+    struct Detail
+    {
+        QString said;
+        QString shown;
+    };
+    template<typename... Texts>
+    static Detail detail(const char* english, const Texts&... texts);
+    static Detail detail(const std::vector<KTKeyInfo>& keys);
+    void asked(const char* said, const QString& shown, const Detail& detail = {});
 
     PAVOCore m_core;
     QLoginObserver m_loginObserver;

@@ -6,6 +6,7 @@
 #include "tools/pavo-workbench/ElidingLabel.h"
 #include "tools/pavo-workbench/Painting.h"
 #include "tools/pavo-workbench/PresenceBar.h"
+#include "tools/pavo-workbench/Skin.h"
 #include "tools/pavo-workbench/Theme.h"
 #include "tools/pavo-workbench/Workbench.h"
 
@@ -240,7 +241,7 @@ void WorkbenchWindow::refresh()
     m_title->setToolTip(Painting::toolTip(pin));
     m_subtitle->setText(
         (isMerged ? tr("%1 skin, one window for all accounts") : tr("%1 skin, a window of its own"))
-            .arg(QCoreApplication::translate("Theme", theme.name)));
+            .arg(Skin::name(accounts.skin())));
     m_presences->setPresence(accounts.loginState());
     m_presences->setEnabled(accounts.hasJoined());
     m_forAll->setEnabled(accounts.hasJoined());
