@@ -316,6 +316,19 @@ TEST(PavoWorkbench, SeparateWindowsAreAllShown)
                            "waiter hidden login 1, cashier visible login 1\n");
 }
 
+TEST(PavoWorkbench, AccountThatComesBackIsThereAtOnce)
+{
+    expectFine(kBothJoin + "workbench quit-account\n"
+                           "expect-workbench account waiter has quit\n"
+                           "Login\n"
+                           "expect-workbench account waiter has joined\n"
+                           "expect-workbench list cashier login 1, waiter login 1\n"
+                           "workbench list\n"
+                           "expect-workbench workbench: list cashier login 1, waiter login 1\n"
+                           "with b\n"
+                           "expect-workbench list cashier login 1, waiter login 1\n");
+}
+
 TEST(PavoWorkbench, PresenceIsThatOfTheLoginService)
 {
     const ToolResult result =

@@ -87,6 +87,9 @@ void Accounts::join(const std::string& pin)
                  QLatin1String(joined ? "has joined" : "could not join")));
     if (!joined)
         return;
+    // Were its presence still that of an earlier stay, nobody would be told of it, and nobody see
+    // the list in which the account is back.
+    changeLoginState(0);
     m_isApart = !selected().mergeWindow();
     if (!m_manager->isSelectedAccount())
         stepBack();
