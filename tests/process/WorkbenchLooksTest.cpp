@@ -1,4 +1,4 @@
-// What the sample workbench's window looks like, at both scales and in both languages.
+// What the sample workbench's window looks like, at three scales and in both languages.
 
 #include "pavo_core/SimulatedLoginService.h"
 #include "platform/HostPipe.h"
@@ -148,7 +148,7 @@ std::unique_ptr<WorkbenchWindow> WorkbenchLooks::s_window;
 QList<DisplayVariant> displayVariants()
 {
     QList<DisplayVariant> variants;
-    for (const char* const scale : {"1", "2"}) {
+    for (const char* const scale : {"1", "1.5", "2"}) {
         for (const char* const language : {"en_GB.UTF-8", "zh_CN.UTF-8"})
             variants.push_back({{"QT_SCALE_FACTOR", scale}, {"LC_ALL", language}});
     }

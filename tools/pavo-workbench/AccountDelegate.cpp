@@ -19,9 +19,9 @@ constexpr int kMostShown = 99;
 
 } // namespace
 
-AccountDelegate::AccountDelegate(QObject* parent)
+AccountDelegate::AccountDelegate(const Theme& theme, QObject* parent)
     : QStyledItemDelegate(parent)
-    , m_theme(&Theme::of(0))
+    , m_theme(theme)
 {
 }
 
@@ -32,8 +32,8 @@ void AccountDelegate::paintGround(QPainter& painter, const QStyleOptionViewItem&
     const bool isHovered = (option.state & QStyle::State_MouseOver) != 0;
     if (!inFront && !hasKeyboard && !isHovered)
         return;
-    painter.setBrush(inFront ? m_theme->sideFront() : m_theme->sideHover());
-    painter.setPen(hasKeyboard ? QPen(m_theme->sideDim(), 2) : QPen(Qt::NoPen));
+    painter.setBrush(inFront ? m_theme.sideFront() : m_theme.sideHover());
+    painter.setPen(hasKeyboard ? QPen(m_theme.sideDim(), 2) : QPen(Qt::NoPen));
     painter.drawRoundedRect(option.rect.adjusted(3, 3, -3, -3), 10, 10);
     painter.setPen(Qt::NoPen);
 }
@@ -44,7 +44,7 @@ int AccountDelegate::paintBadge(QPainter& painter, const QRect& row, const QMode
     const bool isMarked = index.data(MarkRole).toInt() != 0;
     if (unread <= 0 && !isMarked)
         return 0;
-    painter.setBrush(isMarked ? QColor(Theme::kMarked) : m_theme->sideBadge());
+    painter.setBrush(isMarked ? QColor(Theme::kMarked) : m_theme.sideBadge());
     if (unread <= 0) {
         const int inset = (kBadge - kMarkDot) / 2;
         painter.drawEllipse(QRect(row.right() - kMargin - kMarkDot - inset,
@@ -76,7 +76,7 @@ void AccountDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     const QRect avatar(row.left() + kMargin, row.center().y() - kAvatar / 2, kAvatar, kAvatar);
     Avatar::paint(*painter, avatar, index.data().toString(), index.data(SkinRole).toInt());
     painter->setBrush(Presence::colour(index.data(LoginStateRole).toInt()));
-    painter->setPen(QPen(inFront ? m_theme->sideFront() : QColor(m_theme->side), 2));
+    painter->setPen(QPen(inFront ? m_theme.sideFront() : QColor(m_theme.side), 2));
     painter->drawEllipse(QRect(avatar.right() - kPresenceDot + 3,
                                avatar.bottom() - kPresenceDot + 3, kPresenceDot, kPresenceDot));
     painter->setPen(Qt::NoPen);
@@ -89,7 +89,7 @@ void AccountDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
                         Painting::sized(option.font, 15, true), Qt::white);
     Painting::writeLine(*painter, texts.adjusted(0, middle, 0, -9),
                         index.data(StatusRole).toString(), Painting::sized(option.font, 12, false),
-                        m_theme->sideDim());
+                        m_theme.sideDim());
     painter->restore();
 }
 

@@ -21,9 +21,7 @@ public:
         FrontRole
     };
 
-    explicit AccountDelegate(QObject* parent);
-
-    void setTheme(const Theme& theme) { m_theme = &theme; }
+    AccountDelegate(const Theme& theme, QObject* parent);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
@@ -35,5 +33,5 @@ private:
     /// How wide the badge at the right is.
     int paintBadge(QPainter& painter, const QRect& row, const QModelIndex& index) const;
 
-    const Theme* m_theme;
+    const Theme& m_theme;
 };

@@ -14,11 +14,9 @@ constexpr int kNumberKeys = 9;
 } // namespace
 
 AccountList::AccountList()
-    : m_delegate(new AccountDelegate(this))
 {
     setObjectName(QStringLiteral("accounts"));
     setAccessibleName(tr("Accounts"));
-    setItemDelegate(m_delegate);
     setMouseTracking(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     connect(this, &QListWidget::itemClicked, this, &AccountList::choose);
@@ -47,8 +45,8 @@ void AccountList::choose(const QListWidgetItem* item)
 
 void AccountList::setTheme(const Theme& theme)
 {
-    m_delegate->setTheme(theme);
-    viewport()->update();
+    delete itemDelegate();
+    setItemDelegate(new AccountDelegate(theme, this));
 }
 
 void AccountList::refresh(const Accounts& accounts)

@@ -2,7 +2,6 @@
 
 #include <QListWidget>
 
-class AccountDelegate;
 class Accounts;
 class MAAccountInfo;
 struct Theme;
@@ -26,6 +25,4 @@ private:
     /// `number` counts from 1.
     static void fill(QListWidgetItem& item, const MAAccountInfo& account, bool isFront, int number);
     void makeShortcuts();
-
-    AccountDelegate* m_delegate;
 };

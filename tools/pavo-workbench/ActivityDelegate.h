@@ -13,9 +13,7 @@ public:
     /// What an item has to hold besides its text, what was done. The detail may be empty.
     enum Role { DetailRole = Qt::UserRole, TimeRole };
 
-    explicit ActivityDelegate(QObject* parent);
-
-    void setTheme(const Theme& theme) { m_theme = &theme; }
+    ActivityDelegate(const Theme& theme, QObject* parent);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
@@ -25,5 +23,5 @@ public:
 private:
     void paintStop(QPainter& painter, const QRect& row, const QModelIndex& index) const;
 
-    const Theme* m_theme;
+    const Theme& m_theme;
 };

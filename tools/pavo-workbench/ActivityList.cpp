@@ -15,12 +15,10 @@ constexpr int kDetailLength = 1000; ///< more than there is room for
 } // namespace
 
 ActivityList::ActivityList()
-    : m_delegate(new ActivityDelegate(this))
-    , m_nothing(new QLabel(tr("The host has not asked for anything yet.")))
+    : m_nothing(new QLabel(tr("The host has not asked for anything yet.")))
 {
     setObjectName(QStringLiteral("activity"));
     setAccessibleName(tr("Activity"));
-    setItemDelegate(m_delegate);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollMode(ScrollPerPixel);
     m_nothing->setObjectName(QStringLiteral("nothing"));
@@ -31,8 +29,8 @@ ActivityList::ActivityList()
 
 void ActivityList::setTheme(const Theme& theme)
 {
-    m_delegate->setTheme(theme);
-    viewport()->update();
+    delete itemDelegate();
+    setItemDelegate(new ActivityDelegate(theme, this));
 }
 
 void ActivityList::add(const QString& what, QString detail)

@@ -2,7 +2,6 @@
 
 #include <QListWidget>
 
-class ActivityDelegate;
 class QLabel;
 struct Theme;
 
@@ -18,6 +17,5 @@ public:
     void add(const QString& what, QString detail);
 
 private:
-    ActivityDelegate* m_delegate;
     QLabel* m_nothing; ///< that is there yet, it says
 };
