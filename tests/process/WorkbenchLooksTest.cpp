@@ -34,6 +34,8 @@ namespace {
 constexpr int kSkins = 6;
 /// What is readable for people who see less than others, as is agreed on widely.
 constexpr double kReadable = 4.5;
+/// Likewise of what is no text.
+constexpr double kVisible = 3;
 /// That a user can make the window, and one that another account may hand on.
 constexpr QSize kSmallest(720, 400);
 constexpr QSize kTiny(300, 200);
@@ -68,6 +70,17 @@ double contrastIn(const QImage& picture)
     double result = 1;
     for (const QRgb colour : colours)
         result = std::max(result, contrast(ground, colour));
+    return result;
+}
+
+/// Where two pictures of one size differ most.
+double contrastBetween(const QImage& one, const QImage& other)
+{
+    double result = 1;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x)
+            result = std::max(result, contrast(one.pixel(x, y), other.pixel(x, y)));
+    }
     return result;
 }
 
@@ -360,6 +373,22 @@ TEST_F(WorkbenchLooks, ScreenReadersSayWhatTheRowsShow)
     EXPECT_EQ(spoken(QStringLiteral("asked"), {}).remove(time), QStringLiteral("asked"));
     EXPECT_EQ(spoken(QStringLiteral("asked"), QStringLiteral("for this")).remove(time),
               QStringLiteral("asked, for this"));
+}
+
+TEST_F(WorkbenchLooks, KeyboardFocusIsSeenInEverySkin)
+{
+    accounts().setFocus();
+    for (int skin = 0; skin < kSkins; ++skin) {
+        m_workbench->accounts().changeSkin(skin);
+        QWidget* const first = QApplication::focusWidget();
+        do {
+            QWidget* const widget = QApplication::focusWidget();
+            const QImage with = picture(*widget);
+            QTest::keyClick(widget, Qt::Key_Tab);
+            EXPECT_GE(contrastBetween(with, picture(*widget)), kVisible)
+                << skin << ": " << widget->objectName().toStdString();
+        } while (QApplication::focusWidget() != first);
+    }
 }
 
 TEST_F(WorkbenchLooks, EveryLetterIsForOneControl)

@@ -6,13 +6,13 @@ namespace {
 
 // Blue, orange, green and red, and in the dark geek blue and purple.
 constexpr Theme kThemes[] = {{0xff1765d8, 0xff10294d, 0xfff3f7fd, 0xffffffff, 0xffd8dfea,
-                              0xff1b2430, 0xff566173, 0xff1765d8},
+                              0xff131a24, 0xff566173, 0xff1765d8},
                              {0xffb8560b, 0xff46260d, 0xfffdf7f1, 0xffffffff, 0xffe6dfd6,
-                              0xff1b2430, 0xff566173, 0xffb8560b},
+                              0xff131a24, 0xff566173, 0xffb8560b},
                              {0xff157f46, 0xff0e3826, 0xfff1f9f5, 0xffffffff, 0xffd5e2db,
-                              0xff1b2430, 0xff566173, 0xff157f46},
+                              0xff131a24, 0xff566173, 0xff157f46},
                              {0xffc2303f, 0xff48151d, 0xfffdf4f5, 0xffffffff, 0xffe8dadc,
-                              0xff1b2430, 0xff566173, 0xffc2303f},
+                              0xff131a24, 0xff566173, 0xffc2303f},
                              {0xff4c5ede, 0xff0e1126, 0xff171b34, 0xff20264a, 0xff3b4373,
                               0xffe9ebf8, 0xffaab2d6, 0xff95a4ff},
                              {0xff8446cf, 0xff150d24, 0xff1e1533, 0xff2a1f46, 0xff4a3a6b,
