@@ -8,6 +8,7 @@
 #include "tools/pavo-workbench/ActivityDelegate.h"
 #include "tools/pavo-workbench/ChineseTexts.h"
 #include "tools/pavo-workbench/ElidingLabel.h"
+#include "tools/pavo-workbench/Screen.h"
 #include "tools/pavo-workbench/Theme.h"
 #include "tools/pavo-workbench/Workbench.h"
 #include "tools/pavo-workbench/WorkbenchWindow.h"
@@ -19,6 +20,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTextDocument>
 #include <QtTest>
 
@@ -186,6 +188,25 @@ TEST_F(WorkbenchLooks, EveryTextHasRoom)
             EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry()))
                 << text.toStdString();
         }
+    }
+}
+
+TEST_F(WorkbenchLooks, PictureIsTakenOfWhatHasItsRoom)
+{
+    const QTemporaryDir folder;
+    const QString fileName = folder.filePath(QStringLiteral("picture.png"));
+    const std::unique_ptr<Screen> screen = Screen::make(*m_workbench);
+    place(kSmallest);
+    const auto picture = [&] {
+        EXPECT_TRUE(screen->save(fileName));
+        return QImage(fileName);
+    };
+    for (const bool merged : {false, true}) {
+        QCoreApplication::sendPostedEvents();
+        m_workbench->accounts().setMerged(merged);
+        const QImage atOnce = picture();
+        QCoreApplication::sendPostedEvents();
+        EXPECT_EQ(atOnce, picture());
     }
 }
 

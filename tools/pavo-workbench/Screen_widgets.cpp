@@ -16,7 +16,12 @@ public:
     {
     }
 
-    bool save(const QString& fileName) override { return m_window.grab().save(fileName); }
+    bool save(const QString& fileName) override
+    {
+        // A text that has just changed may not have its room yet.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        return m_window.grab().save(fileName);
+    }
 
 private:
     WorkbenchWindow m_window;
