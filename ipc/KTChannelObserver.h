@@ -30,8 +30,8 @@ struct PAVO_IPC_EXPORT KTChannelObserver
     std::function<void(int, std::string, std::string)> onOpenLXWindow;
     /// Open a group: (second text, first text) of the host's request.
     std::function<void(std::string, std::string)> onOpenLXGroup;
-    /// Show or hide the list of unread messages beside the tray icon at this place, in screen
-    /// pixels.
+    /// Show or hide the list of unread messages beside the tray icon at this place, which is in the
+    /// host's units.
     std::function<void(bool, QRect)> onShowUnreadMessageList;
     /// All hot keys from now on.
     std::function<void(std::vector<KTKeyInfo>)> onHotKeyChanged;

@@ -119,9 +119,10 @@ public:
 
     /// The user has hidden the merged window.
     void switchedHide();
-    /// This process's window has this MAWindowState and, in screen pixels, this place. A null
-    /// `rect` leaves the place as it was. A normal window that is as large as it was maximised is
-    /// on its way back, so its place is not remembered.
+    /// This process's window has this MAWindowState and this place, in whatever units all
+    /// workbenches use for theirs: other processes get it unchanged. A null `rect` leaves the place
+    /// as it was. A normal window that is as large as it was maximised is on its way back, so its
+    /// place is not remembered.
     void windowStateChanged(int state, const QRect& rect);
     /// The account's skin has this index, 0 to 5.
     void changeCurrentSkin(int skin);

@@ -16,7 +16,7 @@ public:
     std::string className; ///< Class of the window, by which other processes find it.
     std::string title;     ///< Title of the window, likewise.
     int windowState = 0;   ///< An MAWindowState; 0 as long as none is reported.
-    int x = 0;             ///< Left edge of the window when it last was normal, in screen pixels.
+    int x = 0;             ///< Left edge of the window when it last was normal.
     int y = 0;             ///< Its top edge then.
     int w = 0;             ///< Its width then; less than 1 as long as none is reported.
     int h = 0;             ///< Its height then.
