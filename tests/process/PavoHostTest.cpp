@@ -96,6 +96,24 @@ TEST(PavoHost, LineThatIsNotUnderstoodIsNamedBeforeAnythingIsDone)
     }
 }
 
+TEST(PavoHost, ScriptIsTextInUtf8WithAnyBlanksAndLineEnds)
+{
+    const ToolResult result = ScriptRun("\xef\xbb\xbf"
+                                        "say\t 崩溃 \r\n\tsay\tlast")
+                                  .play({});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("== 崩溃")) << result.output.constData();
+    EXPECT_TRUE(result.output.contains("== last")) << result.output.constData();
+    // The second one is cut off within a letter.
+    for (const char* const line : {"say \xff\xfe", "say \xe5\xb4"}) {
+        const ScriptRun run(QByteArray("say 崩溃\n") + line + "\n");
+        const ToolResult refused = run.play({});
+        EXPECT_EQ(refused.exitCode, 2);
+        EXPECT_TRUE(refused.errors.contains(run.fileName().toUtf8() + ":2: this is no text"))
+            << refused.errors.constData();
+    }
+}
+
 TEST(PavoHost, LineOfStandardInputThatIsNotUnderstoodIsNamed)
 {
     const ToolResult result = runTool(kHost, {}, "say hello\nnonsense\n");

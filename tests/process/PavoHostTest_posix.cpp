@@ -64,6 +64,16 @@ private:
 
 } // namespace
 
+TEST(PavoHostScript, CanComeFromAPipe)
+{
+    const ToolResult result = runTool(QStringLiteral("pavo-host"),
+                                      {QStringLiteral("--script"), QStringLiteral("/dev/stdin")},
+                                      "say first\nsay last\n");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.output.contains("== first")) << result.output.constData();
+    EXPECT_TRUE(result.output.contains("== last")) << result.output.constData();
+}
+
 TEST(PavoHostRecordTo, FullDeviceIsToldAndLeftAsItIs)
 {
     const QString device = QStringLiteral("/dev/full");

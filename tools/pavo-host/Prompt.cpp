@@ -113,10 +113,11 @@ void Prompt::takeTyped(const QString& line)
 {
     if (Script::isBlank(line))
         return;
-    const QString word = line.section(QLatin1Char(' '), 0, 0);
+    QString rest;
+    const QString word = ScriptCommands::firstWord(line, rest);
     for (const Command& command : kCommands) {
         if (word == QLatin1String(command.name)) {
-            (this->*command.action)(line.section(QLatin1Char(' '), 1).trimmed());
+            (this->*command.action)(rest);
             return;
         }
     }

@@ -6,8 +6,20 @@
 #include "tools/pavo-host/Traffic.h"
 
 #include <QFile>
+#include <QTextCodec>
 
 #include <utility>
+
+namespace {
+
+bool isUtf8(const QByteArray& text)
+{
+    QTextCodec::ConverterState state;
+    QTextCodec::codecForName("UTF-8")->toUnicode(text.constData(), text.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0;
+}
+
+} // namespace
 
 std::optional<Step> Script::parseLine(const QString& line, QString& problem)
 {
@@ -40,16 +52,23 @@ std::optional<std::vector<Step>> Script::read(const QString& fileName, QString& 
 {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {
-        problem = QStringLiteral("%1: %2").arg(fileName, file.errorString());
+        problem = QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString());
         return std::nullopt;
     }
     std::vector<Step> steps;
-    for (int number = 1; !file.atEnd(); ++number) {
-        const QString line = QString::fromUtf8(file.readLine());
+    int number = 0;
+    // All at once, since of a pipe nobody knows whether its end has been reached.
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    for (const QByteArray& bytes : lines) {
+        const QString place = QStringLiteral("%1:%2").arg(fileName).arg(++number);
+        const QString line = QString::fromUtf8(bytes);
         if (isBlank(line))
             continue;
-        const QString place = QStringLiteral("%1:%2").arg(fileName).arg(number);
-        std::optional<Step> step = parseLine(line, problem);
+        std::optional<Step> step;
+        if (isUtf8(bytes))
+            step = parseLine(line, problem);
+        else
+            problem = QStringLiteral("this is no text in UTF-8");
         if (!step) {
             problem = QStringLiteral("%1: %2").arg(place, problem);
             return std::nullopt;

@@ -316,9 +316,11 @@ std::optional<QJsonValue> ScriptCommands::parseArguments(const QString& text, QS
 
 QString ScriptCommands::firstWord(const QString& text, QString& rest)
 {
-    const int end = text.indexOf(QLatin1Char(' '));
-    rest = end < 0 ? QString() : text.mid(end + 1).trimmed();
-    return text.left(end);
+    const auto* const end =
+        std::find_if(text.begin(), text.end(), [](QChar c) { return c.isSpace(); });
+    const auto length = static_cast<int>(end - text.begin());
+    rest = text.mid(length).trimmed();
+    return text.left(length);
 }
 
 QString ScriptCommands::help()
