@@ -206,6 +206,25 @@ TEST_F(PavoHostRecord, WorkbenchesAreToldApart)
     EXPECT_EQ(replayed.exitCode, 0) << replayed.errors.constData();
 }
 
+TEST_F(PavoHostRecord, WorkbenchesAreReplayedWithoutAFirstOneAndAfterAnEnd)
+{
+    const QByteArray script = "start a\n"
+                              "expect StartupCompleted [0,\"2.1.0\"]\n"
+                              "start b\n"
+                              "expect StartupCompleted [0,\"2.1.0\"]\n"
+                              "workbench quit\n"
+                              "expect-exit 0\n";
+    const QByteArray end = "with a\n" + kEnd + "with b\nclose\n";
+    const QByteArray recording = record(script + "wait 50\n" + end);
+    EXPECT_EQ(withoutPauses(recording), script + end);
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("\nexpect-exit 0\nwait \\d+\nwith a\n"))
+                    .match(QString::fromUtf8(recording))
+                    .hasMatch())
+        << recording.constData();
+    const ToolResult replayed = replay(recording);
+    EXPECT_EQ(replayed.exitCode, 0) << replayed.errors.constData();
+}
+
 TEST_F(PavoHostRecord, CutMessageIsExpectedByItsName)
 {
     const QByteArray recording =

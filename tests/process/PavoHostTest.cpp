@@ -265,15 +265,16 @@ TEST(PavoHost, WorkbenchOfANameIsOneOnly)
         {"start a\nstart a\n", ":2: there is a workbench a already"},
         {"start a\nwith b\n", ":2: there is no workbench b"},
         {"start a --log nonsense\nexpect ActivePlatform\n",
-         ":2: the workbench ended with exit code 2"},
+         ":2: workbench a ended with exit code 2, there will be no ActivePlatform"},
         // Another one than the present one counts, too.
         {"start a --log nonsense\nstart b\nwait 600000\n",
-         ":3: the workbench ended with exit code 2"},
+         ":3: workbench a ended with exit code 2\n"},
     };
     for (const auto& [script, problem] : lines) {
-        const ToolResult result = ScriptRun(script).play(headlessWorkbench());
+        ToolResult result = ScriptRun(script).play(headlessWorkbench());
         EXPECT_EQ(result.exitCode, 1) << script.constData();
-        EXPECT_TRUE(result.errors.contains(problem)) << result.errors.constData();
+        EXPECT_TRUE(result.errors.replace("\r\n", "\n").contains(problem))
+            << result.errors.constData();
     }
     const ToolResult first =
         runTool(kHost, QStringList{QStringLiteral("--")} + headlessWorkbench(), "start\n");
@@ -339,6 +340,16 @@ TEST(PavoHost, EndThatIsExpectedIsFine)
         ScriptRun("expect StartupCompleted\nworkbench quit\nexpect-exit 5\n")
             .play(headlessWorkbench());
     EXPECT_EQ(otherCode.exitCode, 1);
+}
+
+TEST(PavoHost, TimePassesAfterAnEndThatIsExpected)
+{
+    const ToolResult result =
+        ScriptRun("start\nexpect StartupCompleted\nworkbench quit\nexpect-exit 0\n"
+                  "wait 20\nstart b\nexpect StartupCompleted\nclose\nwait 20\nsay over\n")
+            .play(headlessWorkbench());
+    EXPECT_EQ(result.exitCode, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("== over")) << result.output.constData();
 }
 
 TEST(PavoHost, WorkbenchThatDoesNotFollowIsEnded)

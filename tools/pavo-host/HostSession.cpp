@@ -63,11 +63,11 @@ bool HostSession::launch(QStringList command, const QStringList& options)
     command << options << argument();
     note(Event::Host, QStringLiteral("launches %1").arg(command.join(QLatin1Char(' '))),
          ScriptLines::launched(m_name, options));
-    m_launched = true;
     m_process.setProgram(command.takeFirst());
     m_process.setArguments(command);
     m_process.start();
-    return m_process.waitForStarted(-1);
+    m_launched = m_process.waitForStarted(-1);
+    return m_launched;
 }
 
 void HostSession::send(const QByteArray& bytes)
@@ -118,11 +118,9 @@ bool HostSession::takeLine(const QString& text)
 
 QString HostSession::endText() const
 {
-    if (!m_launched)
-        return QStringLiteral("the workbench has gone");
-    if (hasCrashed())
-        return QStringLiteral("the workbench crashed");
-    return QStringLiteral("the workbench ended with exit code %1").arg(exitCode());
+    const QString who = m_name.isEmpty() ? QStringLiteral("the workbench")
+                                         : QStringLiteral("workbench %1").arg(m_name);
+    return who + QLatin1Char(' ') + howItEnded();
 }
 
 void HostSession::close()
@@ -183,6 +181,16 @@ void HostSession::end()
     QString expectation = QStringLiteral("expect-exit");
     if (m_launched)
         expectation += QStringLiteral(" %1").arg(exitCode());
-    note(Event::Host, endText(), hasCrashed() ? QString() : expectation);
+    note(Event::Host, QStringLiteral("the workbench ") + howItEnded(),
+         hasCrashed() ? QString() : expectation);
     Q_EMIT changed();
+}
+
+QString HostSession::howItEnded() const
+{
+    if (!m_launched)
+        return QStringLiteral("has gone");
+    if (hasCrashed())
+        return QStringLiteral("crashed");
+    return QStringLiteral("ended with exit code %1").arg(exitCode());
 }

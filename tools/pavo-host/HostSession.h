@@ -59,7 +59,7 @@ public:
     bool hasEndedUnexpectedly() const { return m_ended && !m_endExpected; }
     bool hasCrashed() const { return m_process.exitStatus() == QProcess::CrashExit; }
     int exitCode() const { return m_process.exitCode(); }
-    /// How the workbench ended.
+    /// Which workbench ended, and how.
     QString endText() const;
 
     /// The host goes away.
@@ -75,6 +75,7 @@ private:
     void takeOutput(Event::Kind channel, bool all);
     void processFinished();
     void end();
+    QString howItEnded() const;
 
     /// The lines of one channel that no expectation has passed yet.
     struct Output

@@ -84,10 +84,14 @@ bool Runner::takeStep()
     }
     if (!m_current->needsWorkbench)
         return false;
-    const HostSession* const ended = session.hasEnded() ? &session : m_sessions.endedUnexpectedly();
+    const QString& awaited = m_current->awaited;
+    const HostSession* const ended =
+        session.hasEnded() && !awaited.isEmpty() ? &session : m_sessions.endedUnexpectedly();
     if (!ended)
         return false;
-    stepFailed(QStringLiteral("%1, there will be no %2").arg(ended->endText(), m_current->awaited));
+    stepFailed(awaited.isEmpty()
+                   ? ended->endText()
+                   : QStringLiteral("%1, there will be no %2").arg(ended->endText(), awaited));
     return true;
 }
 

@@ -48,8 +48,10 @@ std::unique_ptr<AccountsView> Sessions::viewAccounts() const
 QStringList Sessions::names() const
 {
     QStringList names;
-    for (const auto& session : m_sessions)
-        names << session.first;
+    for (const auto& [name, session] : m_sessions) {
+        if (m_command.isEmpty() || session->wasLaunched())
+            names << name;
+    }
     return names;
 }
 

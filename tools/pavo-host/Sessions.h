@@ -29,7 +29,7 @@ public:
     /// in `problem`, when that cannot be done.
     bool start(const QString& name, const QStringList& options, QString& problem);
     [[nodiscard]] std::unique_ptr<AccountsView> viewAccounts() const;
-    /// Of all of them.
+    /// Of all that are served. Where there is a command, the first one only once it was launched.
     [[nodiscard]] QStringList names() const;
     /// One that has ended though it was not to, or null.
     [[nodiscard]] const HostSession* endedUnexpectedly() const;

@@ -25,11 +25,14 @@ struct Step
     std::function<void(HostSession&)> start;
     /// Asked after start() and whenever something has happened, until it is met or has failed.
     std::function<Verdict(HostSession&)> check;
-    QString awaited;            ///< What there was none of when the time is over.
-    bool needsWorkbench = true; ///< Fails as soon as the workbench has ended.
-    bool launches = false;      ///< Whether it starts a workbench.
-    int extraMs = 0;            ///< Time beyond what every step is given.
-    QString place;              ///< Where it comes from, for error messages.
+    /// What there was none of when the time is over; empty if only time has to pass.
+    QString awaited;
+    /// Fails as soon as the workbench has ended or, if nothing is awaited of it, as soon as any has
+    /// that was not to.
+    bool needsWorkbench = true;
+    bool launches = false; ///< Whether it starts a workbench.
+    int extraMs = 0;       ///< Time beyond what every step is given.
+    QString place;         ///< Where it comes from, for error messages.
 };
 
 /// As Step::arrange, and nothing else.
