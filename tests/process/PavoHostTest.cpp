@@ -6,6 +6,8 @@
 #include "tests/support/Wait.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -307,6 +309,42 @@ TEST(PavoHost, AccountsAreThoseOfTheSegment)
         EXPECT_TRUE(refused.errors.contains("waited in vain for the accounts to be " + wrong))
             << refused.errors.constData();
     }
+}
+
+TEST(PavoHost, AccountsThatCannotBeLookedAtAreToldWithTheReason)
+{
+    const QTemporaryDir folder;
+    const auto install = [&](const QString& tool, const QString& name) {
+        const QString self = QCoreApplication::applicationFilePath();
+        const QString suffix = self.endsWith(QLatin1String(".exe")) ? self.right(4) : QString();
+        return QFile::copy(siblingExecutable(tool) + suffix, folder.filePath(name + suffix));
+    };
+    const auto look = [&](int seconds) {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        // On Windows the libraries are found there.
+        environment.insert(QStringLiteral("PATH"),
+                           QDir::toNativeSeparators(QCoreApplication::applicationDirPath()));
+        process.setProcessEnvironment(environment);
+        process.start(folder.filePath(kHost), timeout(seconds));
+        process.write("expect-accounts nobody\n");
+        process.closeWriteChannel();
+        EXPECT_TRUE(process.waitForFinished(kDeadlineMs));
+        EXPECT_EQ(process.exitCode(), 1);
+        return process.readAllStandardOutput() + process.readAllStandardError();
+    };
+    ASSERT_TRUE(install(kHost, kHost));
+    const QByteArray missing = look(600);
+    EXPECT_TRUE(missing.contains("standard input:1: cannot start " +
+                                 folder.filePath(QStringLiteral("pavo-accounts")).toUtf8() +
+                                 ", which looks at the accounts: "))
+        << missing.constData();
+    // Another program in its place.
+    ASSERT_TRUE(install(QStringLiteral("pavo-workbench"), QStringLiteral("pavo-accounts")));
+    const QByteArray failed = look(2);
+    EXPECT_TRUE(failed.contains("accounts   pavo-accounts has failed: pavo-workbench: "))
+        << failed.constData();
+    EXPECT_TRUE(failed.contains("waited in vain for the accounts")) << failed.constData();
 }
 
 TEST(PavoHost, WorkbenchThatEndsIsNotWaitedFor)

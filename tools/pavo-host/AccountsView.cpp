@@ -70,7 +70,13 @@ AccountsView::AccountsView(const QString& application, TimeLine& timeLine)
     m_process.setProgram(QCoreApplication::applicationDirPath() + QStringLiteral("/pavo-accounts"));
     m_process.setArguments(
         {QStringLiteral("--application"), application, QStringLiteral("--json")});
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart)
+            return;
+        m_problem = QStringLiteral("cannot start %1, which looks at the accounts: %2")
+                        .arg(m_process.program(), m_process.errorString());
+        Q_EMIT changed();
+    });
     connect(&m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             &AccountsView::finishLook);
 }
@@ -91,7 +97,9 @@ void AccountsView::finishLook()
 {
     const bool fine = m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
     const QByteArray json = m_process.readAllStandardOutput();
-    const QString text = fine ? viewText(json) : QStringLiteral("pavo-accounts has failed");
+    const QString errors = QString::fromUtf8(m_process.readAllStandardError()).trimmed();
+    const QString text =
+        fine ? viewText(json) : QStringLiteral("pavo-accounts has failed: %1").arg(errors);
     if (text != m_text) {
         m_text = text;
         m_timeLine.add({Event::Accounts, text});

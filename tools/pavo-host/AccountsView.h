@@ -20,6 +20,8 @@ public:
     void start();
     /// What was seen last, in one line; empty before there was a first look.
     [[nodiscard]] const QString& text() const { return m_text; }
+    /// Why nothing can be seen at all; empty unless that is so.
+    [[nodiscard]] const QString& problem() const { return m_problem; }
 
 Q_SIGNALS:
     void changed();
@@ -30,4 +32,5 @@ private:
     TimeLine& m_timeLine;
     QProcess m_process;
     QString m_text;
+    QString m_problem;
 };

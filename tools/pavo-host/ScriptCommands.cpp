@@ -99,6 +99,8 @@ std::optional<Step> parseExpectAccounts(const QString& rest, QString& /*problem*
     };
     step.awaited = QStringLiteral("the accounts to be %1").arg(rest);
     step.check = [view, expected](HostSession& /*session*/) {
+        if (!(*view)->problem().isEmpty())
+            return Verdict{Verdict::Failed, (*view)->problem()};
         const bool isMet = expected.match((*view)->text()).hasMatch();
         return Verdict{isMet ? Verdict::Met : Verdict::Waiting, {}};
     };
