@@ -6,7 +6,8 @@ packages_display="xvfb xauth fonts-dejavu-core fonts-open-sans fonts-wqy-microhe
 # What the examples are written in.
 packages_examples="python3 nodejs"
 packages_native="cmake ninja-build g++ ccache qtbase5-dev libjsoncpp-dev liblog4cplus-dev libgtest-dev
-                 libedit-dev mandoc zsh fish pkgconf $packages_examples $packages_display"
+                 libedit-dev mandoc bash-completion zsh fish pkgconf $packages_examples
+                 $packages_display"
 packages_sources="dpkg-dev make perl googletest"
 packages_windows="$packages_native $packages_sources g++-mingw-w64-x86-64-posix libz-mingw-w64-dev
                   wine wine64"
