@@ -46,6 +46,8 @@ TEST(PavoHost, HelpStatesExitCodesAndLines)
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(result.output.contains("3  the pipes could not be created"));
     EXPECT_TRUE(result.output.contains("expect-workbench TEXT"));
+    for (const QByteArray& line : result.output.split('\n'))
+        EXPECT_LT(line.trimmed().size(), 80) << line.constData();
 }
 
 TEST(PavoHost, EveryToolTellsItsVersion)
@@ -76,7 +78,41 @@ TEST(PavoHost, WrongUsageIsOneLineAndExitCode2)
         EXPECT_EQ(result.exitCode, 2) << qPrintable(usage.join(QLatin1Char(' ')));
         EXPECT_TRUE(result.errors.startsWith("pavo-host: ")) << result.errors.constData();
         EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.constData();
+        EXPECT_EQ(result.output, "");
     }
+}
+
+TEST(PavoHost, WrongUsageIsToldWithWhatIsRight)
+{
+    const std::pair<QStringList, QByteArray> usages[] = {
+        {{QStringLiteral("--nonsense")},
+         "unknown option 'nonsense'; --help shows what can be said"},
+        {{QStringLiteral("--color=sometimes")}, "--color is auto, always or never, not sometimes"},
+        {timeout(0), "--timeout is a number of seconds, not 0"},
+        {{QStringLiteral("--show=nonsense")},
+         "not a kind of line to show: nonsense; there are host, sent, received, output, log, "
+         "accounts, heading"},
+        {{QStringLiteral("--script"), QStringLiteral("no-such-file")},
+         "cannot read no-such-file: "},
+        {{QStringLiteral("--record"), QStringLiteral("no-such-folder/file")},
+         "cannot write no-such-folder/file: "},
+    };
+    for (const auto& [usage, problem] : usages) {
+        const ToolResult result = runTool(kHost, usage);
+        EXPECT_TRUE(result.errors.startsWith("pavo-host: " + problem)) << result.errors.constData();
+    }
+    // Who asks is answered, whatever else is wrong.
+    const ToolResult help =
+        runTool(kHost, {QStringLiteral("--nonsense"), QStringLiteral("--help")});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.output.startsWith("Usage: ")) << help.output.constData();
+}
+
+TEST(PavoHost, ComplaintIsOneLineThatMovesNoCursor)
+{
+    const ToolResult result = runTool(kHost, {}, "\x1b[2Jnonsense\n");
+    EXPECT_TRUE(result.errors.contains(": neither a command nor a message: \\x1b[2Jnonsense"))
+        << result.errors.constData();
 }
 
 TEST(PavoHost, LineThatIsNotUnderstoodIsNamedBeforeAnythingIsDone)

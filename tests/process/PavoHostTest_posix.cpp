@@ -74,6 +74,32 @@ TEST(PavoHostScript, CanComeFromAPipe)
     EXPECT_TRUE(result.output.contains("== last")) << result.output.constData();
 }
 
+TEST(ToolOutput, ThatCannotBeWrittenIsTold)
+{
+    const struct
+    {
+        const char* tool;
+        QStringList arguments;
+        QByteArray input;
+    } cases[] = {
+        {"pavo-host", {QStringLiteral("--help")}, ""},
+        // Nobody reads on, so that nothing is waited for.
+        {"pavo-host", {}, "wait 600000\n"},
+        {"pavo-accounts", {QStringLiteral("--watch")}, ""},
+    };
+    for (const auto& each : cases) {
+        QProcess process;
+        process.setStandardOutputFile(QStringLiteral("/dev/full"));
+        process.start(siblingExecutable(QLatin1String(each.tool)), each.arguments);
+        process.write(each.input);
+        process.closeWriteChannel();
+        ASSERT_TRUE(process.waitForFinished(kDeadlineMs));
+        EXPECT_EQ(process.exitCode(), 1) << each.tool;
+        EXPECT_EQ(process.readAllStandardError(),
+                  QByteArray(each.tool) + ": not all of the output could be written\n");
+    }
+}
+
 TEST(PavoHostRecordTo, FullDeviceIsToldAndLeftAsItIs)
 {
     const QString device = QStringLiteral("/dev/full");

@@ -2,8 +2,8 @@
 
 #include "ipc/MultiAccount/MAStoreLayout.h"
 #include "platform/SegmentGate.h"
+#include "tools/support/Tool.h"
 
-#include <cstdio>
 #include <iostream>
 #include <string>
 
@@ -50,19 +50,18 @@ bool isTaken(LockState state)
 
 void say(const QString& application, const LockFinding& finding)
 {
-    std::printf("%s: %s", qUtf8Printable(application), describe(finding.state));
+    QString text = application + QStringLiteral(": ") + QLatin1String(describe(finding.state));
     if (!finding.problem.isEmpty())
-        std::printf(", %s", qUtf8Printable(finding.problem));
-    std::puts("");
+        text += QStringLiteral(", ") + finding.problem;
+    text += QLatin1Char('\n');
     if (isTaken(finding.state))
-        std::printf("Waited for it in vain for %d seconds.\n", kPatienceMs / 1000);
-    std::fflush(stdout);
+        text += QStringLiteral("Waited for it in vain for %1 seconds.\n").arg(kPatienceMs / 1000);
+    print(text.toUtf8());
 }
 
 bool isAgreedTo()
 {
-    std::fputs("Free it? [y/N] ", stdout);
-    std::fflush(stdout);
+    print("Free it? [y/N] ");
     std::string answer;
     std::getline(std::cin, answer);
     return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');

@@ -1,12 +1,10 @@
 #include "tools/pavo-accounts/Report.h"
 #include "tools/pavo-accounts/Unlock.h"
-#include "tools/support/Questions.h"
+#include "tools/support/CommandLine.h"
+#include "tools/support/Tool.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTimer>
-
-#include <cstdio>
 
 namespace {
 
@@ -29,33 +27,21 @@ QString description()
         "\n"
         "Exit codes:\n"
         "  0  fine, also if no process is running\n"
-        "  1  the segment cannot be used, there is no such account that may be removed, or the\n"
-        "     lock is not free\n"
+        "  1  the segment cannot be used, there is no such account that may be removed, the\n"
+        "     lock is not free, or the output cannot be written\n"
         "  2  wrong usage");
 }
 
 int fail(ExitCode code, const QString& problem)
 {
-    std::fprintf(stderr, "pavo-accounts: %s\n", problem.toUtf8().constData());
+    complain(problem);
     return code;
 }
 
-void print(const std::string& text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
-
-} // namespace
-
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("pavo-accounts"));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description());
-    const Questions questions(parser);
+    CommandLine parser(description());
     const QCommandLineOption name(QStringLiteral("application"),
                                   QStringLiteral("The workbench's application name. By default "
                                                  "pavo-workbench."),
@@ -73,10 +59,9 @@ int main(int argc, char** argv)
     parser.addPositionalArgument(QStringLiteral("unlock"),
                                  QStringLiteral("Look at the lock, and free it if need be."),
                                  QStringLiteral("unlock]"));
-    if (!parser.parse(QCoreApplication::arguments()))
-        return fail(WrongUsage, parser.errorText());
-    if (questions.areAnswered())
-        return Fine;
+    int exitCode = Fine;
+    if (!parser.read(QCoreApplication::arguments(), exitCode))
+        return exitCode;
 
     const Store store(parser.value(name));
     const QStringList command = parser.positionalArguments();
@@ -103,7 +88,7 @@ int main(int argc, char** argv)
             return false;
         const std::string text = report(store.application(), content);
         if (text != last)
-            print(text);
+            print(QByteArray::fromStdString(text));
         last = text;
         return true;
     };
@@ -118,4 +103,12 @@ int main(int argc, char** argv)
     });
     timer.start(kWatchIntervalMs);
     return QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const Tool tool("pavo-accounts");
+    return tool.end(run(argc, argv));
 }

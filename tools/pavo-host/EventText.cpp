@@ -1,24 +1,12 @@
 #include "tools/pavo-host/EventText.h"
 
 #include "tools/pavo-host/EventKinds.h"
+#include "tools/support/Lines.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
 namespace {
-
-/// What comes from elsewhere must not move the terminal's cursor.
-QString printable(const QString& text)
-{
-    QString result;
-    for (const QChar character : text) {
-        if (character.category() == QChar::Other_Control)
-            result += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
-        else
-            result += character;
-    }
-    return result;
-}
 
 QString coloured(const QString& text, const char* colour, bool colours)
 {

@@ -16,7 +16,10 @@ std::optional<Filter::Kinds> Filter::parseKinds(const QString& list, QString& pr
             return name.trimmed() == QLatin1String(k.name);
         });
         if (kind == end) {
-            problem = QStringLiteral("not a kind of line to show: %1").arg(name.trimmed());
+            QStringList known;
+            std::for_each(kEventKinds, end, [&](const auto& k) { known << QLatin1String(k.name); });
+            problem = QStringLiteral("not a kind of line to show: %1; there are %2")
+                          .arg(name.trimmed(), known.join(QStringLiteral(", ")));
             return std::nullopt;
         }
         kinds.set(static_cast<std::size_t>(kind - kEventKinds));

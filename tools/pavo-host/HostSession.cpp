@@ -70,6 +70,11 @@ bool HostSession::launch(QStringList command, const QStringList& options)
     return m_launched;
 }
 
+QString HostSession::startProblem() const
+{
+    return QStringLiteral("cannot start %1: %2").arg(m_process.program(), m_process.errorString());
+}
+
 void HostSession::send(const QByteArray& bytes)
 {
     QByteArrayList pieces{bytes};

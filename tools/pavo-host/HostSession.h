@@ -32,6 +32,8 @@ public:
     /// Launches a workbench with more options and, as the last one, argument(); false when it
     /// cannot be started.
     bool launch(QStringList command, const QStringList& options = {});
+    /// Why it could not.
+    QString startProblem() const;
     bool wasLaunched() const { return m_launched; }
     bool isRunning() const { return m_process.state() == QProcess::Running; }
     TimeLine& timeLine() { return m_timeLine; }

@@ -1,10 +1,9 @@
 #include "tools/pavo-host/Options.h"
 
-#include "tools/pavo-host/Complain.h"
 #include "tools/pavo-host/Script.h"
-#include "tools/support/Questions.h"
+#include "tools/support/CommandLine.h"
+#include "tools/support/Tool.h"
 
-#include <QCommandLineParser>
 #include <QUuid>
 
 #include <limits>
@@ -16,16 +15,17 @@ constexpr int kDefaultTimeoutS = 30;
 QString description()
 {
     return QStringLiteral(
-               "The host's side of the channel: creates both pipes, launches a workbench on them,\n"
-               "sends messages and shows both sides' traffic.\n"
+               "The host's side of the channel: creates both pipes, launches a workbench on\n"
+               "them, sends messages and shows both sides' traffic.\n"
                "\n"
-               "The lines to carry out come from a script or from standard input; at a terminal "
-               "there\nis a prompt. When they are over, the host goes away and waits for the "
-               "workbench's end.\n"
+               "The lines to carry out come from a script or from standard input; at a\n"
+               "terminal there is a prompt. When they are over, the host goes away and waits\n"
+               "for the workbench's end.\n"
                "\n"
                "Exit codes:\n"
                "  0  fine\n"
-               "  1  an expectation was not met, or the workbench ended unexpectedly\n"
+               "  1  an expectation was not met, the workbench ended unexpectedly, or the\n"
+               "     output or the recording could not be written\n"
                "  2  wrong usage, or a line that cannot be understood\n"
                "  3  the pipes could not be created, or the workbench not started\n"
                "\n") +
@@ -48,10 +48,8 @@ std::optional<TimeLine::Format> formatOf(const QString& colour, bool isJson, boo
 
 std::optional<Options> Options::parse(const QStringList& arguments, bool hasColours, int& exitCode)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description());
+    CommandLine parser(description());
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const Questions questions(parser);
     const QCommandLineOption script(QStringLiteral("script"),
                                     QStringLiteral("Carry out the lines of <file>."),
                                     QStringLiteral("file"));
@@ -104,26 +102,23 @@ std::optional<Options> Options::parse(const QStringList& arguments, bool hasColo
         QStringLiteral("[-- command...]"));
 
     const auto wrongUsage = [&](const QString& problem) {
-        complain(QString(), problem);
+        complain(problem);
         exitCode = WrongUsage;
         return std::nullopt;
     };
-    if (!parser.parse(arguments))
-        return wrongUsage(parser.errorText());
-    if (questions.areAnswered()) {
-        exitCode = Fine;
+    if (!parser.read(arguments, exitCode))
         return std::nullopt;
-    }
     if (int{parser.isSet(script)} + int{parser.isSet(replay)} + int{parser.isSet(raw)} > 1)
         return wrongUsage(QStringLiteral("--script, --replay and --raw exclude each other"));
     bool isNumber = false;
     const int seconds = parser.value(timeout).toInt(&isNumber);
     if (!isNumber || seconds < 1 || seconds > std::numeric_limits<int>::max() / 2000)
-        return wrongUsage(QStringLiteral("not a number of seconds: %1").arg(parser.value(timeout)));
+        return wrongUsage(
+            QStringLiteral("--timeout is a number of seconds, not %1").arg(parser.value(timeout)));
     const auto format = formatOf(parser.value(colour), parser.isSet(json), hasColours);
     if (!format)
         return wrongUsage(
-            QStringLiteral("neither auto nor always nor never: %1").arg(parser.value(colour)));
+            QStringLiteral("--color is auto, always or never, not %1").arg(parser.value(colour)));
     QString problem;
     const auto kinds = Filter::parseKinds(parser.value(show), problem);
     if (!kinds)

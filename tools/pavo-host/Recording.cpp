@@ -22,7 +22,7 @@ bool Recording::open(const QString& fileName, QString& problem)
         (!QFileInfo(m_file).isFile() ||
          m_file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)))
         return true;
-    problem = QStringLiteral("%1: %2").arg(fileName, m_file.errorString());
+    problem = QStringLiteral("cannot write %1: %2").arg(fileName, m_file.errorString());
     return false;
 }
 

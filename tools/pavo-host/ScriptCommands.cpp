@@ -337,5 +337,17 @@ QString ScriptCommands::help()
 
 QString ScriptCommands::helpLine(const QString& syntax, const char* purpose)
 {
-    return QStringLiteral("  %1 %2\n").arg(syntax, -26).arg(QLatin1String(purpose));
+    constexpr int kColumn = 28;
+    constexpr int kWidth = 79;
+    QString text;
+    QString line = (QStringLiteral("  ") + syntax).leftJustified(kColumn);
+    const QStringList words = QString::fromLatin1(purpose).split(QLatin1Char(' '));
+    for (const QString& word : words) {
+        if (line.size() + 1 + word.size() > kWidth) {
+            text += line + QLatin1Char('\n');
+            line.fill(QLatin1Char(' '), kColumn);
+        }
+        line += QLatin1Char(' ') + word;
+    }
+    return text + line + QLatin1Char('\n');
 }

@@ -28,7 +28,7 @@ QString firstWord(const QString& text, QString& rest);
 
 /// A line about each of them.
 QString help();
-/// Such a line.
+/// Such a line, or several where a terminal's width is not enough.
 QString helpLine(const QString& syntax, const char* purpose);
 
 } // namespace ScriptCommands

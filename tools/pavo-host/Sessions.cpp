@@ -36,7 +36,7 @@ bool Sessions::start(const QString& name, const QStringList& options, QString& p
     if (!session.hasPipes())
         problem = QStringLiteral("the pipes of %1 cannot be created").arg(name);
     else if (!session.launch(m_command, options))
-        problem = QStringLiteral("cannot start %1").arg(m_command.first());
+        problem = session.startProblem();
     return problem.isEmpty() && select(name);
 }
 

@@ -1,8 +1,8 @@
 #include "tools/pavo-host/TimeLine.h"
 
-#include "tools/pavo-host/Complain.h"
 #include "tools/pavo-host/EventText.h"
 #include "tools/pavo-host/Recording.h"
+#include "tools/support/Tool.h"
 
 #include <QByteArray>
 
@@ -20,17 +20,15 @@ void TimeLine::add(const Event& event)
     const QByteArray bytes = (m_format == Json ? eventJson(event, seconds)
                                                : eventText(event, seconds, m_format == Coloured))
                                  .toUtf8();
-    write([&] {
-        std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
-        std::fflush(stdout);
-    });
+    write([&] { ::print(bytes); });
 }
 
 void TimeLine::complain(const QString& place, const QString& problem)
 {
-    write([&] { ::complain(place, problem); });
+    const QString text = place.isEmpty() ? problem : place + QStringLiteral(": ") + problem;
+    write([&] { ::complain(text); });
     if (m_format == Json)
-        add({Event::Problem, place.isEmpty() ? problem : place + QStringLiteral(": ") + problem});
+        add({Event::Problem, text});
 }
 
 void TimeLine::shareTerminal(std::function<void()> hide, std::function<void()> show)
@@ -42,6 +40,8 @@ void TimeLine::shareTerminal(std::function<void()> hide, std::function<void()> s
 void TimeLine::write(const std::function<void()>& write) const
 {
     m_hide();
+    // Before what goes to standard error.
+    std::fflush(stdout);
     write();
     m_show();
 }

@@ -29,7 +29,7 @@ public:
     void add(const Event& event);
     /// Text of several lines, as it is.
     void print(const QString& text) { add({Event::Text, text}); }
-    /// As complain(), between the lines.
+    /// As complain(), between the lines; `place` is where the mistake is, or empty.
     void complain(const QString& place, const QString& problem);
     /// The line in which somebody types: `hide` is called before anything is printed, and `show`
     /// afterwards.

@@ -1,25 +1,23 @@
-#include "tools/pavo-host/Complain.h"
 #include "tools/pavo-host/Options.h"
 #include "tools/pavo-host/Prompt.h"
 #include "tools/pavo-host/Recording.h"
 #include "tools/pavo-host/Runner.h"
 #include "tools/pavo-host/Sessions.h"
 #include "tools/support/StandardInput.h"
-#include "tools/support/Terminal.h"
+#include "tools/support/Tool.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
 
-int main(int argc, char** argv)
+namespace {
+
+int run(int argc, char** argv, bool hasColours)
 {
     QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("pavo-host"));
-
-    const Terminal terminal;
     int exitCode = Fine;
     std::optional<Options> options =
-        Options::parse(QCoreApplication::arguments(), terminal.showsColours(), exitCode);
+        Options::parse(QCoreApplication::arguments(), hasColours, exitCode);
     if (!options)
         return exitCode;
     Recording recording;
@@ -28,7 +26,7 @@ int main(int argc, char** argv)
     if (!options->recording.isEmpty()) {
         QString problem;
         if (!recording.open(options->recording, problem)) {
-            complain(QString(), problem);
+            complain(problem);
             return WrongUsage;
         }
         timeLine.recordTo(&recording);
@@ -37,8 +35,8 @@ int main(int argc, char** argv)
     Sessions sessions(options->pipeName, options->command, options->application, timeLine);
     HostSession& first = sessions.first();
     if (!first.hasPipes()) {
-        complain(QString(), QStringLiteral("the pipes cannot be created, does another host have "
-                                           "their names?"));
+        complain(QStringLiteral("the pipes cannot be created, does another host have "
+                                "their names?"));
         return NotStarted;
     }
     Runner runner(sessions, timeLine, options->timeoutMs);
@@ -52,7 +50,7 @@ int main(int argc, char** argv)
             {Event::Host,
              QStringLiteral("waits for a workbench launched with %1").arg(first.argument())});
     } else if (!scriptLaunches && !first.launch(options->command)) {
-        complain(QString(), QStringLiteral("cannot start %1").arg(options->command.first()));
+        complain(first.startProblem());
         return NotStarted;
     }
 
@@ -80,6 +78,14 @@ int main(int argc, char** argv)
     exitCode = QCoreApplication::exec();
     if (!recording.hasFailed())
         return exitCode;
-    complain(QString(), QStringLiteral("the recording is not whole"));
+    complain(QStringLiteral("the recording is not whole"));
     return Failed;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const Tool tool("pavo-host");
+    return tool.end(run(argc, argv, tool.showsColours()));
 }

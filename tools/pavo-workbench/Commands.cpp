@@ -4,6 +4,7 @@
 #include "tools/pavo-workbench/Say.h"
 #include "tools/pavo-workbench/Screen.h"
 #include "tools/pavo-workbench/Workbench.h"
+#include "tools/support/Tool.h"
 
 #include <QCoreApplication>
 #include <QProcess>

@@ -2,12 +2,10 @@
 
 #include "pavo_base/Logger.h"
 #include "tools/pavo-workbench/Commands.h"
-#include "tools/pavo-workbench/Say.h"
 #include "tools/pavo-workbench/Screen.h"
 #include "tools/pavo-workbench/Workbench.h"
-#include "tools/support/Questions.h"
-
-#include <QCommandLineParser>
+#include "tools/support/CommandLine.h"
+#include "tools/support/Tool.h"
 
 #include <algorithm>
 #include <iterator>
@@ -70,9 +68,7 @@ QString description()
 
 std::optional<Options> Options::parse(const QStringList& arguments, int& exitCode)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(description());
-    const Questions questions(parser);
+    CommandLine parser(description());
     const QCommandLineOption headlessOption(
         QStringLiteral("headless"),
         QLatin1String(Screen::isBuiltIn()
@@ -111,12 +107,8 @@ std::optional<Options> Options::parse(const QStringList& arguments, int& exitCod
         exitCode = Workbench::WrongUsage;
         return std::nullopt;
     };
-    if (!parser.parse(arguments))
-        return wrongUsage(parser.errorText());
-    if (questions.areAnswered()) {
-        exitCode = 0;
+    if (!parser.read(arguments, exitCode))
         return std::nullopt;
-    }
     if (!startLog(parser.value(log)))
         return wrongUsage(QStringLiteral("no such level, or the file cannot be written: %1")
                               .arg(parser.value(log)));

@@ -6,6 +6,7 @@
 #include "tools/pavo-workbench/Workbench.h"
 #include "tools/support/Lines.h"
 #include "tools/support/StandardInput.h"
+#include "tools/support/Tool.h"
 
 #include <QCoreApplication>
 
@@ -17,7 +18,6 @@ namespace {
 std::optional<Options> readOptions(int argc, char** argv, int& exitCode)
 {
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("pavo-workbench"));
     return Options::parse(QCoreApplication::arguments(), exitCode);
 }
 
@@ -25,6 +25,7 @@ std::optional<Options> readOptions(int argc, char** argv, int& exitCode)
 
 int main(int argc, char** argv)
 {
+    const Tool tool("pavo-workbench");
     int exitCode = 0;
     const std::optional<Options> options = readOptions(argc, argv, exitCode);
     if (!options)

@@ -18,3 +18,15 @@ QStringList takeAllLines(QByteArray& buffer)
         buffer += '\n';
     return takeLines(buffer);
 }
+
+QString printable(const QString& text)
+{
+    QString result;
+    for (const QChar character : text) {
+        if (character.category() == QChar::Other_Control)
+            result += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            result += character;
+    }
+    return result;
+}
