@@ -13,6 +13,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -77,6 +78,22 @@ protected:
                 m_shown.append(bytes, static_cast<int>(count));
             return m_shown.contains(text);
         });
+    }
+
+    void resize(unsigned short columns)
+    {
+        const winsize size{24, columns, 0, 0};
+        ASSERT_EQ(ioctl(m_terminal, TIOCSWINSZ, &size), 0);
+    }
+
+    /// The host's only child.
+    void killWorkbench()
+    {
+        QFile children(QStringLiteral("/proc/%1/task/%1/children").arg(m_host.processId()));
+        ASSERT_TRUE(children.open(QIODevice::ReadOnly));
+        const int workbench = children.readAll().trimmed().toInt();
+        ASSERT_GT(workbench, 0);
+        ASSERT_EQ(::kill(workbench, SIGKILL), 0);
     }
 
     /// Whether the terminal does by itself what the editor does otherwise.
@@ -149,6 +166,26 @@ TEST_F(PavoHostEditor, WhatHappensMeanwhileLeavesTheLineWhole)
     EXPECT_TRUE(shows("ActivePlatform []\r\n> say typed mea")) << m_shown.constData();
     type("nwhile\r");
     EXPECT_TRUE(shows("== typed meanwhile")) << m_shown.constData();
+}
+
+TEST_F(PavoHostEditor, ComplaintTakesThePlaceOfTheLine)
+{
+    start();
+    type("expect OpenUrl\r");
+    EXPECT_TRUE(shows("\r\x1b[Jpavo-host: expected OpenUrl but got StartupCompleted"))
+        << m_shown.constData();
+}
+
+TEST_F(PavoHostEditor, FollowsTheTerminalsWidth)
+{
+    start();
+    type("say " + QByteArray(50, 'x'));
+    ASSERT_TRUE(shows(QByteArray(50, 'x'))) << m_shown.constData();
+    resize(20);
+    killWorkbench();
+    // Of the line's 56 columns the last ones are in the third row.
+    EXPECT_TRUE(shows("\x1b[2A\r\x1b[J")) << m_shown.constData();
+    EXPECT_TRUE(shows("the workbench crashed")) << m_shown.constData();
 }
 
 TEST_F(PavoHostEditor, EndOfInputIsTheEnd)

@@ -137,4 +137,5 @@ TEST_F(PavoHostPrompt, CompletesNamesRepeatsAndForgives)
     type("quit");
     ASSERT_TRUE(m_host.waitForFinished(kDeadlineMs));
     EXPECT_EQ(m_host.exitCode(), 0);
+    EXPECT_TRUE(shows("exit code 0\n> \r  \r")) << "no prompt is left behind";
 }

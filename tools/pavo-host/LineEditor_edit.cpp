@@ -86,7 +86,8 @@ public:
     {
         if (!m_isActive)
             return;
-        // The cursor may be in a further row of a long line.
+        // The cursor may be in a further row of a long line, and the terminal's width new.
+        el_resize(m_editor);
         int columns = 0;
         el_get(m_editor, EL_GETTC, "co", &columns);
         const LineInfoW* const line = el_wline(m_editor);

@@ -13,6 +13,7 @@
 namespace {
 
 constexpr const char* kPrompt = "> ";
+constexpr const char* kErasePrompt = "\r  \r";
 
 } // namespace
 
@@ -35,6 +36,12 @@ Prompt::Prompt(Runner& runner, TimeLine& timeLine, bool isForPeople)
     , m_timeLine(timeLine)
     , m_interactive(isForPeople && StandardInput::isTerminal())
 {
+}
+
+Prompt::~Prompt()
+{
+    if (m_interactive && !m_editor)
+        std::fputs(kErasePrompt, stdout);
 }
 
 void Prompt::start()
@@ -82,7 +89,7 @@ void Prompt::startPlain()
         m_runner.finish();
     });
     if (m_interactive)
-        m_timeLine.shareTerminal([] { std::fputc('\r', stdout); }, showPrompt);
+        m_timeLine.shareTerminal([] { std::fputs(kErasePrompt, stdout); }, showPrompt);
     showPrompt();
     m_input.start();
 }

@@ -19,6 +19,7 @@ class Prompt : public QObject
 public:
     /// Programs are not prompted.
     Prompt(Runner& runner, TimeLine& timeLine, bool isForPeople);
+    ~Prompt() override;
 
     void start();
 
