@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <future>
 #include <utility>
 
 namespace {
@@ -47,6 +48,12 @@ SoakWorkbench::SoakWorkbench(int seat, int seats, unsigned seed)
                QString::fromStdString(m_account.title))
     , m_mark(RegisterWindowMessageW(L"pavo-soak-mark"))
 {
+    m_loginObserver.onLoginFailure = [this](const auto&...) { ++m_loginReports; };
+    m_loginObserver.onPresenceChanged = [this](const auto&...) { ++m_loginReports; };
+    m_service->addLoginObserver(&m_loginObserver);
+    // Somebody is logged in, whose presence the host changes; the host's own logins all fail.
+    m_service->addAccount(m_account.pin, "token");
+    m_service->hbxTokenLogin(m_account.pin, "token", {}, {}, 0, nullptr);
     PAVOCore::setShareInstance(&m_core);
     QCoreApplication::instance()->installNativeEventFilter(this);
 
@@ -69,6 +76,7 @@ SoakWorkbench::~SoakWorkbench()
     m_channel.enterMainUI(0, nullptr);
     m_channel.startUp(QString(), nullptr, nullptr);
     m_channel.removeObserver();
+    m_service->removeLoginObserver(&m_loginObserver);
 }
 
 void SoakWorkbench::run(const std::string& line)
@@ -112,7 +120,7 @@ std::string SoakWorkbench::answer(const std::string& command, std::istringstream
         return {};
     }
     if (command == "sent") {
-        m_sent += m_service->takeReports();
+        m_sent += takeLoginReports();
         return std::to_string(m_sent);
     }
     if (command == "mark")
@@ -158,7 +166,7 @@ std::string SoakWorkbench::answer(const std::string& command, std::istringstream
 
 std::string SoakWorkbench::start(const std::string& commandLine)
 {
-    m_service->takeReports();
+    takeLoginReports();
     m_sent = m_number = m_callbacks = 0;
     m_isOpen = true;
     m_isInMainWindow = false;
@@ -250,6 +258,15 @@ void SoakWorkbench::answerIfDrained()
         m_problem = std::to_string(m_callbacks) + " callbacks instead of " +
                     std::to_string(m_lastCallbacks);
     sayToParent(m_problem.empty() ? "drained" : m_problem);
+}
+
+long long SoakWorkbench::takeLoginReports()
+{
+    // The service answers in the order of the calls.
+    std::promise<void> answered;
+    m_service->changeCurrentPin({}, {}, [&](int) { answered.set_value(); });
+    answered.get_future().wait();
+    return m_loginReports.exchange(0);
 }
 
 std::string SoakWorkbench::sample()

@@ -3,12 +3,14 @@
 #include "ipc/KTChannelManager.h"
 #include "ipc/MultiAccount/MAManager.h"
 #include "pavo_core/PAVOCore.h"
+#include "pavo_core/QLoginObserver.h"
+#include "pavo_core/SimulatedLoginService.h"
 #include "platform/MessageWindow.h"
-#include "tests/soak/QueuedLoginService.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QTimer>
 
+#include <atomic>
 #include <random>
 #include <sstream>
 #include <string>
@@ -62,12 +64,17 @@ private:
     void request(const std::string& url);
     void called();
     void answerIfDrained();
+    /// Waits for the login service's answers and returns how many reports it has made since the
+    /// last call: the channel sends one message for each.
+    long long takeLoginReports();
     std::string sample();
 
     const SoakAccount m_account;
     const int m_seats;
     std::mt19937 m_random;
-    std::shared_ptr<QueuedLoginService> m_service = std::make_shared<QueuedLoginService>();
+    std::atomic<long long> m_loginReports{0};
+    QLoginObserver m_loginObserver;
+    std::shared_ptr<SimulatedLoginService> m_service = std::make_shared<SimulatedLoginService>();
     PAVOCore m_core{m_service};
     KTChannelManager& m_channel{*KTChannelManager::sharedInstance()};
     const std::shared_ptr<MAManager> m_accounts = MAManager::Instance();
