@@ -79,6 +79,16 @@ protected:
         forget();
     }
 
+    void joinSeparately()
+    {
+        joinAll();
+        a.manager.changeMergeMode(0, false);
+        settle();
+        // All of them have taken the front, in whatever order their messages arrived.
+        c.manager.switchToCurrentPin();
+        forget();
+    }
+
     void forget()
     {
         settle();
