@@ -1,47 +1,17 @@
 #include "tests/support/ChannelFixture.h"
-#include "tests/support/Memory.h"
-
-#include "pavo_core/PAVOCore.h"
 
 #include <atomic>
 #include <set>
 
 using log4cplus::DEBUG_LOG_LEVEL;
 using log4cplus::ERROR_LOG_LEVEL;
-using log4cplus::INFO_LOG_LEVEL;
 using log4cplus::WARN_LOG_LEVEL;
 
 // Every test runs in a process of its own: there is one manager in a process.
 
 namespace {
 
-KTKeyInfo keyInfo(bool valid, const char* functionName, Qt::Key key,
-                  Qt::KeyboardModifiers modifiers)
-{
-    KTKeyInfo info;
-    info.valid = valid;
-    info.functionName = functionName;
-    info.key = key;
-    info.modifiers = modifiers;
-    return info;
-}
-
-class KTChannelManagerTest : public ChannelFixture
-{
-protected:
-    static void parkEverything()
-    {
-        KTStartUpContext* context = KTChannelManagerProbe::context();
-        context->skinName = "red";
-        context->shortcuts = {keyInfo(true, "s", Qt::Key_A, Qt::ShiftModifier)};
-        context->hotKeys = {keyInfo(false, "h", Qt::Key_B, Qt::AltModifier)};
-        context->windowType = 9;
-        context->windowText1 = "w1";
-        context->windowText2 = "w2";
-        context->groupText1 = "g1";
-        context->groupText2 = "g2";
-    }
-};
+using KTChannelManagerTest = ChannelFixture;
 
 const QByteArray kOpenSettings = R"({"name":"OpenBaseInfoSettingWindow"})";
 
@@ -130,11 +100,11 @@ TEST_F(KTChannelManagerTest, SeparatorInFrontOfTheKeyTakesTheRestOfTheLineAsRead
 {
     pavo::HostPipe odd(uniquePipeName() + QStringLiteral("&tail"),
                        pavo::HostPipe::Direction::HostWrites);
-    const QString line = QStringLiteral("a&b pipe?param=") + odd.fullName();
+    const QString line = QStringLiteral("&b pipe?param=") + odd.fullName();
     ASSERT_TRUE(channel().startUp(line, nullptr, nullptr));
     ASSERT_TRUE(odd.awaitClient());
     ASSERT_TRUE(log.waitFor(DEBUG_LOG_LEVEL, "init reader " + odd.fullName().toStdString()));
-    EXPECT_TRUE(log.waitFor(DEBUG_LOG_LEVEL, "init writer " + line.mid(2).toStdString()));
+    EXPECT_TRUE(log.waitFor(DEBUG_LOG_LEVEL, "init writer " + line.mid(1).toStdString()));
 }
 
 TEST_F(KTChannelManagerTest, MessagesAreLoggedByWhetherTheMainWindowExists)
@@ -209,27 +179,6 @@ TEST_F(KTChannelManagerTest, BaseInfoSettingCallsTheObserverOrNobody)
     EXPECT_EQ(log.complaints(), std::vector<std::string>(3, "WARN Unprocessed drained"));
 }
 
-TEST_F(KTChannelManagerTest, EnterMainUISendsStartupCompletedWithTheClientVersion)
-{
-    PAVOCore core;
-    core.getCoreConfig().clientVersion = "9.12.03\xE4\xBD\xA0";
-    PAVOCore::setShareInstance(&core);
-    ASSERT_TRUE(startUp());
-    channel().enterMainUI(4294967295U, nullptr);
-    PAVOCore::setShareInstance(nullptr);
-    channel().enterMainUI(7, nullptr);
-    ASSERT_TRUE(fromWorkbench.messages().waitForCount(2));
-    const auto messages = fromWorkbench.messages().values();
-    const QByteArray whole =
-        "{\"arguments\":[4294967295,\"9.12.03\xE4\xBD\xA0\"],\"name\":\"StartupCompleted\","
-        "\"sequence\":0,\"source\":\"lx\"}";
-    EXPECT_EQ(messages[0], frame(whole).left(4 + whole.size() - 2));
-    EXPECT_EQ(messages[1], frame(R"({"arguments":[7,""],"name":"StartupCompleted",)"
-                                 R"("sequence":0,"source":"lx"})"));
-    EXPECT_EQ(log.count(INFO_LOG_LEVEL, "KTChannelManager::enterMainUI enter"), 2);
-    EXPECT_EQ(log.count(INFO_LOG_LEVEL, "KTChannelManager::enterMainUI leave"), 2);
-}
-
 TEST_F(KTChannelManagerTest, NothingIsSentBeforeStartUp)
 {
     channel().enterMainUI(1, nullptr);
@@ -238,203 +187,6 @@ TEST_F(KTChannelManagerTest, NothingIsSentBeforeStartUp)
     ASSERT_TRUE(fromWorkbench.messages().waitForCount(1));
     EXPECT_TRUE(fromWorkbench.messages().values().front().contains("[2,\"\"]"));
     EXPECT_EQ(fromWorkbench.messages().count(), 1U);
-}
-
-TEST_F(KTChannelManagerTest, AnotherObserverReplacesAndTheSameOneStays)
-{
-    auto alive = std::make_shared<int>(0);
-    const auto makeObserver = [&] {
-        auto* observer = new KTChannelObserver;
-        observer->onOpenBaseInfoSetting = [alive] { ++*alive; };
-        return observer;
-    };
-    auto* first = makeObserver();
-    channel().enterMainUI(0, first);
-    channel().enterMainUI(0, first);
-    EXPECT_EQ(alive.use_count(), 2);
-    channel().enterMainUI(0, makeObserver());
-    EXPECT_EQ(alive.use_count(), 2) << "the first one is destroyed";
-    channel().enterMainUI(0, nullptr);
-    EXPECT_EQ(alive.use_count(), 1);
-}
-
-TEST_F(KTChannelManagerTest, ObserverThatIsReplacedMayTakeItselfOutOnItsWay)
-{
-    // What it holds, as a main window, takes the observer out when it is destroyed.
-    std::shared_ptr<void> window(nullptr, [](void*) { channel().enterMainUI(0, nullptr); });
-    ASSERT_TRUE(startUp());
-    auto* first = new KTChannelObserver;
-    first->onOpenBaseInfoSetting = [held = std::move(window)] {};
-    channel().enterMainUI(0, first);
-    channel().enterMainUI(0, recordingObserver());
-    KTChannelManagerProbe::receive(kOpenSettings);
-    EXPECT_EQ(calls, std::vector<std::string>{"settings"});
-}
-
-TEST_F(KTChannelManagerTest, ParkedRequestsAreReplayedOnceAndInOrder)
-{
-    ASSERT_TRUE(startUp());
-    KTStartUpContext* context = KTChannelManagerProbe::context();
-    ASSERT_TRUE(context);
-    context->skinName = "geekblue";
-    context->shortcuts = {keyInfo(true, "s", Qt::Key_A, Qt::ShiftModifier)};
-    context->hotKeys = {keyInfo(false, "h", Qt::Key_B, Qt::AltModifier), KTKeyInfo{}};
-    context->windowType = 3;
-    context->windowText1 = "w1";
-    context->windowText2 = "w2";
-    context->groupText1 = "g1";
-    context->groupText2 = "g2";
-    const std::vector<std::string> all{"skin 4", "shortcuts s 1", "hotKeys h 2", "window 3 w1 w2",
-                                       "group g1 g2"};
-    channel().enterMainUI(0, recordingObserver());
-    EXPECT_EQ(calls, all);
-    EXPECT_FALSE(KTChannelManagerProbe::context());
-    channel().enterMainUI(0, recordingObserver());
-    EXPECT_EQ(calls, all) << "nothing is replayed twice";
-    EXPECT_TRUE(log.has(DEBUG_LOG_LEVEL, "change skin geekblue"));
-    EXPECT_TRUE(log.complaints().empty());
-}
-
-TEST_F(KTChannelManagerTest, NothingParkedIsNothingReplayed)
-{
-    ASSERT_TRUE(startUp());
-    KTStartUpContext* context = KTChannelManagerProbe::context();
-    context->windowType = -1;
-    context->windowText1 = "w1";
-    context->groupText1 = "g1";
-    channel().enterMainUI(0, recordingObserver());
-    EXPECT_TRUE(calls.empty());
-    EXPECT_FALSE(KTChannelManagerProbe::context());
-}
-
-TEST_F(KTChannelManagerTest, ParkedRequestsWithoutACallbackGoWithTheContext)
-{
-    ASSERT_TRUE(startUp());
-    KTStartUpContext* context = KTChannelManagerProbe::context();
-    context->skinName = "blue";
-    context->shortcuts = {KTKeyInfo{}};
-    context->hotKeys = {KTKeyInfo{}};
-    context->windowType = 3;
-    context->groupText2 = "g2";
-    channel().enterMainUI(0, new KTChannelObserver);
-    EXPECT_FALSE(KTChannelManagerProbe::context());
-    EXPECT_TRUE(log.complaints().empty());
-}
-
-TEST_F(KTChannelManagerTest, ParkedSkinThatIsUnknownIsLogged)
-{
-    ASSERT_TRUE(startUp());
-    KTChannelManagerProbe::context()->skinName = "lakeblue";
-    channel().enterMainUI(0, recordingObserver());
-    EXPECT_TRUE(calls.empty());
-    EXPECT_EQ(log.complaints(), std::vector<std::string>{"ERROR Unprocessed Skinlakeblue"});
-}
-
-TEST_F(KTChannelManagerTest, ReplayGoesOnWithTheObserverThatACallbackHandsOver)
-{
-    const std::vector<std::string> all{"skin 3", "shortcuts s 1", "hotKeys h 1", "window 9 w1 w2",
-                                       "group g1 g2"};
-    // Each callback in turn hands over another observer, or none.
-    for (std::size_t step = 0; step < all.size(); ++step) {
-        for (const bool another : {true, false}) {
-            ASSERT_TRUE(
-                channel().startUp(QStringLiteral("pipe?param=nowhere&nowhere"), nullptr, nullptr));
-            parkEverything();
-            calls.clear();
-            auto* first = recordingObserver();
-            auto witness = std::make_shared<std::string>("handed over");
-            const auto handOver = [this, another, witness] {
-                channel().enterMainUI(1, another ? recordingObserver() : nullptr);
-                calls.push_back(*witness); // What runs is a copy: the observer has gone by now.
-            };
-            switch (step) {
-            case 0:
-                first->onSkinChanged = [handOver](int) { handOver(); };
-                break;
-            case 1:
-                first->onShortcutChanged = [handOver](const auto&) { handOver(); };
-                break;
-            case 2:
-                first->onHotKeyChanged = [handOver](const auto&) { handOver(); };
-                break;
-            case 3:
-                first->onOpenLXWindow = [handOver](int, const auto&, const auto&) { handOver(); };
-                break;
-            default:
-                first->onOpenLXGroup = [handOver](const auto&, const auto&) { handOver(); };
-                break;
-            }
-            channel().enterMainUI(0, first);
-            auto expected = all;
-            expected[step] = "handed over";
-            if (!another)
-                expected.resize(step + 1);
-            EXPECT_EQ(calls, expected) << "step " << step;
-            EXPECT_FALSE(KTChannelManagerProbe::context());
-            EXPECT_EQ(witness.use_count(), 2) << "of the observer nothing is left";
-            channel().enterMainUI(0, nullptr);
-        }
-    }
-}
-
-TEST_F(KTChannelManagerTest, StartUpInTheMiddleOfTheReplayKeepsItsCallbacks)
-{
-    ASSERT_TRUE(startUp());
-    parkEverything();
-    std::vector<int> codes;
-    auto* observer = recordingObserver();
-    pavo::HostPipe secondIn(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
-    const HostReader secondOut(uniquePipeName());
-    observer->onSkinChanged = [&](int) {
-        ASSERT_TRUE(channel().startUp(
-            QStringLiteral("pipe?param=") + secondIn.fullName() + QStringLiteral("&") +
-                secondOut.fullName(),
-            [&](int code, const std::string&, const QString&) { codes.push_back(code); }, nullptr));
-    };
-    channel().enterMainUI(0, observer);
-    EXPECT_EQ(calls, (std::vector<std::string>{"shortcuts s 1", "hotKeys h 1", "window 9 w1 w2",
-                                               "group g1 g2"}));
-    ASSERT_TRUE(KTChannelManagerProbe::context());
-    ASSERT_TRUE(secondIn.awaitClient());
-    secondIn.close();
-    ASSERT_TRUE(waitUntil([&] { return !codes.empty(); }));
-    EXPECT_EQ(codes, std::vector<int>{-1});
-}
-
-TEST_F(KTChannelManagerTest, EventLoopInTheMiddleOfTheReplayServesTheHost)
-{
-    ASSERT_TRUE(startUp());
-    parkEverything();
-    auto* observer = recordingObserver();
-    observer->onShortcutChanged = [this](const auto&) {
-        hostSends(kOpenSettings);
-        EXPECT_TRUE(waitUntil([this] { return calls.back() == "settings"; }));
-        EXPECT_TRUE(KTChannelManagerProbe::context()) << "until its replay is over";
-    };
-    channel().enterMainUI(0, observer);
-    EXPECT_EQ(calls, (std::vector<std::string>{"skin 3", "settings", "hotKeys h 1",
-                                               "window 9 w1 w2", "group g1 g2"}));
-}
-
-TEST_F(KTChannelManagerTest, ChannelMayBeStartedAnewWhenThePipeHasClosed)
-{
-    ASSERT_TRUE(startUp());
-    auto* observer = recordingObserver();
-    pavo::HostPipe secondIn(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
-    const HostReader secondOut(uniquePipeName());
-    bool again = false;
-    observer->onPipeClosed = [&] {
-        again = channel().startUp(QStringLiteral("pipe?param=") + secondIn.fullName() +
-                                      QStringLiteral("&") + secondOut.fullName(),
-                                  nullptr, nullptr);
-    };
-    channel().enterMainUI(0, observer);
-    toWorkbench.close();
-    ASSERT_TRUE(waitUntil([&] { return again; }));
-    ASSERT_TRUE(secondIn.awaitClient());
-    EXPECT_TRUE(secondIn.write(frame(kOpenSettings)));
-    ASSERT_TRUE(waitUntil([&] { return !calls.empty(); }));
-    EXPECT_EQ(calls, std::vector<std::string>{"settings"});
 }
 
 TEST_F(KTChannelManagerTest, HostThatGoesBeforeTheMainWindowIsReportedToStartUp)
@@ -543,97 +295,6 @@ TEST_F(KTChannelManagerTest, WriterThatCannotBeOpenedIsOnlyLogged)
     EXPECT_FALSE(called);
 }
 
-TEST_F(KTChannelManagerTest, SecondStartUpClosesThePipesOfTheFirst)
-{
-    std::vector<int> codes;
-    const auto record = [&](int code, const std::string&, const QString&) {
-        codes.push_back(code);
-    };
-    ASSERT_TRUE(startUp(record));
-    pavo::HostPipe secondIn(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
-    HostReader secondOut(uniquePipeName());
-    ASSERT_TRUE(channel().startUp(QStringLiteral("pipe?param=") + secondIn.fullName() +
-                                      QStringLiteral("&") + secondOut.fullName(),
-                                  record, nullptr));
-    ASSERT_TRUE(fromWorkbench.waitForEnd());
-    ASSERT_TRUE(secondIn.awaitClient());
-    EXPECT_FALSE(toWorkbench.write("x")) << "the first reader has gone";
-    channel().enterMainUI(11, recordingObserver());
-    ASSERT_TRUE(secondOut.messages().waitForCount(1));
-    EXPECT_TRUE(secondIn.write(frame(kOpenSettings)));
-    ASSERT_TRUE(waitUntil([&] { return !calls.empty(); }));
-    EXPECT_EQ(fromWorkbench.messages().count(), 0U);
-    EXPECT_TRUE(codes.empty());
-    EXPECT_TRUE(log.complaints().empty());
-}
-
-TEST_F(KTChannelManagerTest, NothingOfAnEarlierStartUpIsKept)
-{
-    ASSERT_TRUE(startUp());
-    const auto pipes = KTChannelManagerProbe::pipes();
-    for (const auto& pipe : pipes)
-        ASSERT_TRUE(pipe);
-    EXPECT_FALSE(channel().startUp(QString(), nullptr, nullptr));
-    QCoreApplication::processEvents();
-    for (const auto& pipe : pipes)
-        EXPECT_FALSE(pipe);
-}
-
-TEST_F(KTChannelManagerTest, StartingAgainAndAgainTakesNoMemory)
-{
-    if (!kHeapIsMeasurable)
-        GTEST_SKIP() << "the sanitizer keeps what is freed";
-    // No host: only what a start-up itself takes is measured.
-    const auto startOften = [this](int times) {
-        for (int i = 0; i < times; ++i) {
-            EXPECT_TRUE(channel().startUp(QStringLiteral("pipe?param=no&host"), nullptr, nullptr));
-            EXPECT_FALSE(channel().startUp(QString(), nullptr, nullptr));
-            QCoreApplication::processEvents();
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-            log.clear();
-        }
-    };
-    startOften(20);
-    const std::size_t before = heapBytesInUse();
-    startOften(100);
-    // A pair of pipes that is kept takes more than 2 KiB.
-    EXPECT_LT(heapBytesInUse(), before + 50 * 1024);
-}
-
-TEST_F(KTChannelManagerTest, EndOfTheFirstPipeThatASecondStartUpOvertakesIsIgnored)
-{
-    std::vector<int> codes;
-    const auto record = [&](int code, const std::string&, const QString&) {
-        codes.push_back(code);
-    };
-    ASSERT_TRUE(startUp(record));
-    toWorkbench.close();
-    // Seen without the event loop: the end is on its way to the manager when it starts anew.
-    while (!log.has(ERROR_LOG_LEVEL, "read data error 109"))
-        std::this_thread::yield();
-    pavo::HostPipe secondIn(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
-    HostReader secondOut(uniquePipeName());
-    ASSERT_TRUE(channel().startUp(QStringLiteral("pipe?param=") + secondIn.fullName() +
-                                      QStringLiteral("&") + secondOut.fullName(),
-                                  record, nullptr));
-    ASSERT_TRUE(secondIn.awaitClient());
-    channel().enterMainUI(0, recordingObserver());
-    EXPECT_TRUE(secondIn.write(frame(kOpenSettings)));
-    ASSERT_TRUE(waitUntil([&] { return !calls.empty(); }));
-    EXPECT_EQ(calls, std::vector<std::string>{"settings"});
-    EXPECT_TRUE(codes.empty());
-}
-
-TEST_F(KTChannelManagerTest, FailedSecondStartUpLeavesTheChannelInert)
-{
-    ASSERT_TRUE(startUp());
-    EXPECT_FALSE(channel().startUp(QStringLiteral("nothing"), nullptr, nullptr));
-    EXPECT_FALSE(channel().isSupported());
-    channel().enterMainUI(0, recordingObserver());
-    ASSERT_TRUE(fromWorkbench.waitForEnd());
-    EXPECT_EQ(fromWorkbench.messages().count(), 0U);
-}
-
 TEST_F(KTChannelManagerTest, RecordsNameTheMemberFunctionAndTheFileBelowTheLibrary)
 {
     ASSERT_TRUE(startUp());
@@ -661,54 +322,4 @@ TEST_F(KTChannelManagerTest, RecordsNameTheMemberFunctionAndTheFileBelowTheLibra
             << record.function;
         EXPECT_GT(record.line, 0);
     }
-}
-
-TEST_F(KTChannelManagerTest, EnteringSendsThenReplaysBetweenItsTwoRecords)
-{
-    ASSERT_TRUE(startUp());
-    KTChannelManagerProbe::context()->skinName = "blue";
-    log.clear();
-    channel().enterMainUI(0, recordingObserver());
-    ASSERT_TRUE(fromWorkbench.messages().waitForCount(1));
-    std::vector<std::string> own;
-    for (const LogRecord& record : log.records()) {
-        if (record.file != "pipe/NamedPipe_win.cpp")
-            own.push_back(record.text);
-    }
-    EXPECT_EQ(own,
-              (std::vector<std::string>{"KTChannelManager::enterMainUI enter", "change skin blue",
-                                        "KTChannelManager::enterMainUI leave"}));
-}
-
-TEST(KTStartUpContextTest, IsEmptyWhenConstructed)
-{
-    const KTStartUpContext context;
-    EXPECT_FALSE(context.startUpCallback);
-    EXPECT_FALSE(context.pinChangedCallback);
-    EXPECT_TRUE(context.hotKeys.empty());
-    EXPECT_TRUE(context.shortcuts.empty());
-    EXPECT_TRUE(context.skinName.empty());
-    EXPECT_EQ(context.windowType, 0);
-    EXPECT_TRUE(context.windowText1.empty());
-    EXPECT_TRUE(context.windowText2.empty());
-    EXPECT_TRUE(context.groupText1.empty());
-    EXPECT_TRUE(context.groupText2.empty());
-}
-
-TEST(KTStartUpContextTest, CopiesAndMovesMemberWise)
-{
-    int calls = 0;
-    KTStartUpContext context;
-    context.startUpCallback = [&](int, const std::string&, const QString&) { ++calls; };
-    context.hotKeys = {keyInfo(true, "f", Qt::Key_F1, Qt::ControlModifier)};
-    context.groupText2 = "g";
-    const KTStartUpContext copy = context;
-    KTStartUpContext moved = std::move(context);
-    moved = copy;
-    moved.startUpCallback(0, {}, {});
-    copy.startUpCallback(0, {}, {});
-    EXPECT_EQ(calls, 2);
-    EXPECT_EQ(moved.hotKeys.at(0).functionName, "f");
-    EXPECT_EQ(moved.hotKeys.at(0).key, Qt::Key_F1);
-    EXPECT_EQ(moved.groupText2, "g");
 }

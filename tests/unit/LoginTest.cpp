@@ -252,6 +252,17 @@ TEST_F(LoginTest, StartUpRegistersOneObserverAndAnotherCallReplacesIt)
     EXPECT_EQ(service->observerCount(), 0U);
 }
 
+TEST_F(LoginTest, ObserverStaysRegisteredWhileThereIsNoCoreToAsk)
+{
+    channel().addLoginObserver();
+    PAVOCore::setShareInstance(nullptr);
+    channel().removeObserver();
+    EXPECT_EQ(service->observerCount(), 1U);
+    PAVOCore::setShareInstance(&core);
+    channel().removeObserver();
+    EXPECT_EQ(service->observerCount(), 0U);
+}
+
 TEST_F(LoginTest, FailedStartUpRegistersNothing)
 {
     EXPECT_FALSE(channel().startUp(QStringLiteral("nothing"), nullptr, nullptr));

@@ -1,11 +1,12 @@
 #include "tests/support/LoginFixture.h"
+#include "tests/support/Memory.h"
 
 #include <thread>
 #include <utility>
 
-// A workbench may start the channel anew from within whatever it is called by, while more of the
-// first host is on its way. Every test runs in a process of its own: there is one manager in a
-// process.
+// A workbench may start the channel anew at any time, also from within whatever it is called by,
+// while more of the first host is on its way. Every test runs in a process of its own: there is one
+// manager in a process.
 
 using log4cplus::ERROR_LOG_LEVEL;
 using log4cplus::WARN_LOG_LEVEL;
@@ -22,18 +23,32 @@ protected:
         if (std::exchange(m_hasStartedAgain, true))
             return;
         EXPECT_TRUE(toWorkbench.write(frame(R"({"name":"late"})")));
+        endTheFirstHost();
+        EXPECT_TRUE(startUpWithTheSecondHost());
+    }
+
+    /// Without the event loop: that it has ended is on its way to the manager.
+    void endTheFirstHost()
+    {
         toWorkbench.close();
         while (!log.has(ERROR_LOG_LEVEL, "read data error 109"))
             std::this_thread::yield();
-        EXPECT_TRUE(channel().startUp(
-            QStringLiteral("pipe?param=") + m_in.fullName() + QLatin1Char('&') + m_out.fullName(),
-            [this](int code, const std::string&, const QString&) { m_codes.push_back(code); },
-            nullptr));
+    }
+
+    auto recordCodes()
+    {
+        return [this](int code, const std::string&, const QString&) { m_codes.push_back(code); };
+    }
+
+    bool startUpWithTheSecondHost()
+    {
+        return channel().startUp(QStringLiteral("pipe?param=") + m_in.fullName() +
+                                     QLatin1Char('&') + m_out.fullName(),
+                                 recordCodes(), nullptr);
     }
 
     void expectThatOnlyTheSecondHostIsHeard()
     {
-        ASSERT_TRUE(waitUntil([this] { return m_hasStartedAgain; }));
         ASSERT_TRUE(fromWorkbench.waitForEnd());
         ASSERT_TRUE(m_in.awaitClient());
         ASSERT_TRUE(m_out.waitForClient());
@@ -45,8 +60,9 @@ protected:
         EXPECT_TRUE(m_out.messages().waitForCount(1));
     }
 
-private:
     bool m_hasStartedAgain = false;
+
+private:
     std::vector<int> m_codes;
     pavo::HostPipe m_in{uniquePipeName(), pavo::HostPipe::Direction::HostWrites};
     HostReader m_out{uniquePipeName()};
@@ -116,6 +132,7 @@ TEST_P(StartUpAgainTest, FromACallbackOfTheMainWindow)
     GetParam().arrange(*observer, [this] { startAgain(); });
     channel().enterMainUI(0, observer);
     hostSends(GetParam().text);
+    ASSERT_TRUE(waitUntil([this] { return m_hasStartedAgain; }));
     expectThatOnlyTheSecondHostIsHeard();
 }
 
@@ -129,5 +146,80 @@ TEST_F(StartUpAgain, FromTheStartUpCallback)
         startAgain();
     }));
     hostSends(R"({"name":"Login","arguments":["waiter",false,1,"desktop","","secret"]})");
+    ASSERT_TRUE(waitUntil([this] { return m_hasStartedAgain; }));
     expectThatOnlyTheSecondHostIsHeard();
+}
+
+TEST_F(StartUpAgain, WhenThePipeHasClosed)
+{
+    ASSERT_TRUE(startUp());
+    auto* observer = new KTChannelObserver;
+    observer->onPipeClosed = [this] { m_hasStartedAgain = startUpWithTheSecondHost(); };
+    channel().enterMainUI(0, observer);
+    ASSERT_TRUE(fromWorkbench.messages().waitForCount(1));
+    toWorkbench.close();
+    ASSERT_TRUE(waitUntil([this] { return m_hasStartedAgain; }));
+    expectThatOnlyTheSecondHostIsHeard();
+}
+
+TEST_F(StartUpAgain, WhileTheFirstHostLives)
+{
+    ASSERT_TRUE(startUp(recordCodes()));
+    ASSERT_TRUE(startUpWithTheSecondHost());
+    expectThatOnlyTheSecondHostIsHeard();
+    EXPECT_FALSE(toWorkbench.write("x")) << "the first reader has gone";
+    EXPECT_EQ(log.complaints(), std::vector<std::string>{"WARN Unprocessed new"});
+}
+
+TEST_F(StartUpAgain, BeforeTheEndOfTheFirstHostIsHandled)
+{
+    ASSERT_TRUE(startUp(recordCodes()));
+    endTheFirstHost();
+    ASSERT_TRUE(startUpWithTheSecondHost());
+    channel().enterMainUI(0, recordingObserver());
+    expectThatOnlyTheSecondHostIsHeard();
+    EXPECT_TRUE(calls.empty()) << "no pipe has closed";
+}
+
+TEST_F(StartUpAgain, NothingOfAnEarlierStartUpIsKept)
+{
+    ASSERT_TRUE(startUp());
+    const auto pipes = KTChannelManagerProbe::pipes();
+    for (const auto& pipe : pipes)
+        ASSERT_TRUE(pipe);
+    EXPECT_FALSE(channel().startUp(QString(), nullptr, nullptr));
+    QCoreApplication::processEvents();
+    for (const auto& pipe : pipes)
+        EXPECT_FALSE(pipe);
+}
+
+TEST_F(StartUpAgain, StartingAgainAndAgainTakesNoMemory)
+{
+    if (!kHeapIsMeasurable)
+        GTEST_SKIP() << "the sanitizer keeps what is freed";
+    // No host: only what a start-up itself takes is measured.
+    const auto startOften = [this](int times) {
+        for (int i = 0; i < times; ++i) {
+            EXPECT_TRUE(channel().startUp(QStringLiteral("pipe?param=no&host"), nullptr, nullptr));
+            EXPECT_FALSE(channel().startUp(QString(), nullptr, nullptr));
+            QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            log.clear();
+        }
+    };
+    startOften(20);
+    const std::size_t before = heapBytesInUse();
+    startOften(100);
+    // A pair of pipes that is kept takes more than 2 KiB.
+    EXPECT_LT(heapBytesInUse(), before + 50 * 1024);
+}
+
+TEST_F(StartUpAgain, FailedSecondStartUpLeavesTheChannelInert)
+{
+    ASSERT_TRUE(startUp());
+    EXPECT_FALSE(channel().startUp(QStringLiteral("nothing"), nullptr, nullptr));
+    EXPECT_FALSE(channel().isSupported());
+    channel().enterMainUI(0, recordingObserver());
+    ASSERT_TRUE(fromWorkbench.waitForEnd());
+    EXPECT_EQ(fromWorkbench.messages().count(), 0U);
 }
