@@ -2,6 +2,7 @@
 
 #include "pavo_base/JSONUtils.h"
 #include "tests/support/RoleProcess.h"
+#include "tests/support/SegmentBlocker.h"
 #include "tests/support/Workbenches.h"
 
 #include <QProcess>
@@ -180,6 +181,31 @@ TEST_F(AccountsToolTest, CrashedFrontAccountIsFollowedByItsNeighbour)
     EXPECT_EQ(order(accounts), "c:3");
 }
 
+TEST_F(AccountsToolTest, CrashedAccountOfSeparateWindowsBringsNobodyForward)
+{
+    joinSeparately();
+    std::list<MAAccountInfo> accounts = a.manager.accounts();
+    accounts.back().title = "gone";
+    ASSERT_TRUE(a.manager.writeAll(accounts));
+    EXPECT_EQ(remove(QStringLiteral("c")).exitCode, 0);
+    EXPECT_EQ(order(a.manager.accounts()), "a:0 b:1");
+    EXPECT_EQ(received(), "a:; b:; c: 3/0");
+    EXPECT_EQ(a.manager.selected().pin, "c");
+}
+
+TEST_F(AccountsToolTest, SegmentThatCannotBeHadIsReported)
+{
+    const SegmentBlocker blocker(QCoreApplication::applicationName() + QStringLiteral("_MEM"));
+    const std::string beginning = "pavo-accounts: the segment of " +
+                                  QCoreApplication::applicationName().toStdString() +
+                                  " cannot be attached, error ";
+    for (const Result& result : {run({}), remove(QStringLiteral("a"))}) {
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors.substr(0, beginning.size()), beginning);
+    }
+}
+
 TEST_F(AccountsToolTest, RemovesNeitherTheLivingNorTheUnknown)
 {
     joinAll();
@@ -228,8 +254,13 @@ TEST_F(AccountsToolTest, WrongUsageIsSaidInOneLine)
           QStringList{QStringLiteral("add"), QStringLiteral("app"), QStringLiteral("a")},
           QStringList{QStringLiteral("remove"), QStringLiteral("app"), QStringLiteral("a"),
                       QStringLiteral("b")},
+          QStringList{QStringLiteral("remove"), QStringLiteral("app"), QStringLiteral("a"),
+                      QStringLiteral("--json")},
+          QStringList{QStringLiteral("remove"), QStringLiteral("app"), QStringLiteral("a"),
+                      QStringLiteral("--watch")},
           QStringList{QStringLiteral("unlock"), QStringLiteral("now")},
           QStringList{QStringLiteral("unlock"), QStringLiteral("--json")},
+          QStringList{QStringLiteral("unlock"), QStringLiteral("--watch")},
           QStringList{QStringLiteral("--yes")}, QStringList{QStringLiteral("--colour")}}) {
         const Result result = run(wrong);
         EXPECT_EQ(result.exitCode, 2);

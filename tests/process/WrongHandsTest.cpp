@@ -468,6 +468,8 @@ TEST_F(WrongHandsTest, FreeLockIsLeftAlone)
     EXPECT_EQ(absent.exitCode, 0);
     EXPECT_TRUE(absent.output.contains("nobody uses the segment")) << absent.output.constData();
     EXPECT_EQ(lockValue(segmentKey()), -1);
+    EXPECT_EQ(runTool(QStringLiteral("pavo-accounts"), forAccounts({})).exitCode, 0);
+    EXPECT_EQ(lockValue(segmentKey()), -1) << "who looks at the accounts leaves no lock behind";
 }
 
 TEST_F(WrongHandsTest, LockThatCannotBeLookedAtIsReported)
