@@ -201,6 +201,30 @@ TEST_F(PipeCancel, writeThatHasNotBegunLeavesThePipeAsItWas)
     EXPECT_EQ(afterwards.outcome(), kDone);
 }
 
+TEST_F(PipeCancel, endsOneCallAndNotTheNext)
+{
+    std::unique_ptr<pavo::ThreadCanceller> canceller;
+    Collector<bool> begun;
+    Collector<bool> goesOn;
+    Collector<Outcome> outcomes;
+    std::thread calling([&] {
+        canceller = std::make_unique<pavo::ThreadCanceller>();
+        begun.add(true);
+        outcomes.add(readPipe(m_client));
+        goesOn.waitForCount(1);
+        outcomes.add(waitForPipe(m_name, 1));
+    });
+    EXPECT_TRUE(begun.waitForCount(1));
+    while (outcomes.count() == 0) {
+        canceller->cancel();
+        std::this_thread::yield();
+    }
+    goesOn.add(true);
+    calling.join();
+    EXPECT_EQ(outcomes.values().front(), Outcome{ERROR_OPERATION_ABORTED});
+    EXPECT_EQ(outcomes.values().back(), Outcome{ERROR_SEM_TIMEOUT});
+}
+
 TEST_F(PipeCancel, isLostOnAThreadThatDoesNotBlock)
 {
     pavo::ThreadCanceller self;

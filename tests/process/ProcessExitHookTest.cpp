@@ -26,8 +26,9 @@ int endApplication(const QStringList& /*arguments*/)
         char name[] = "role";
         char* argv[] = {name, nullptr};
         const QCoreApplication application(argc, argv);
-        pavo::closeAtProcessExit(closeFirst);
         pavo::closeAtProcessExit(closeSecond);
+        pavo::closeAtProcessExit(closeFirst);
+        pavo::closeAtProcessExit(closeSecond); // The last time counts.
         sayToParent("ending");
     }
     sayToParent("ended");

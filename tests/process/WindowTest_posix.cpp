@@ -1,5 +1,6 @@
 // What windows leave in the runtime folder. The role "own-window" is WindowTest.cpp's.
 
+#include "platform/MessageWindow.h"
 #include "platform/Win32.h"
 #include "tests/support/RoleProcess.h"
 #include "tests/support/RuntimeFolder.h"
@@ -46,6 +47,15 @@ protected:
 const QString kName = QStringLiteral("window");
 
 } // namespace
+
+TEST_F(PosixWindow, LeavesNothingBehindWhenItIsDestroyed)
+{
+    {
+        const pavo::MessageWindow window(kName, kName);
+        EXPECT_EQ(files().size(), 2) << "the window and its short cut";
+    }
+    EXPECT_EQ(files().size(), 0);
+}
 
 TEST_F(PosixWindow, WhatKilledProcessesLeaveGoesWhenItIsLookedFor)
 {

@@ -145,15 +145,16 @@ TEST_F(MAMessagesTest, ShowingAdoptsStateAndRectangleThatAreThere)
         EXPECT_EQ(a.manager.windowRect(), QRect(1, 2, 3, 4));
         EXPECT_EQ(a.manager.windowState(), 1) << "the state is one";
     }
-    selected.x = selected.y = 7;
+    selected.x = selected.y = kMax - 1;
     selected.w = selected.h = 1;
     selected.windowState = 3;
     a.manager.postLocal(1, selected, accounts);
-    EXPECT_EQ(a.manager.windowRect(), QRect(7, 7, 1, 1));
+    const QRect furthest(kMax - 1, kMax - 1, 1, 1);
+    EXPECT_EQ(a.manager.windowRect(), furthest);
     EXPECT_EQ(a.manager.windowState(), 3);
     selected.w = selected.h = 9;
     a.manager.postLocal(3, selected, accounts);
-    EXPECT_EQ(a.manager.windowRect(), QRect(7, 7, 1, 1)) << "showing alone adopts";
+    EXPECT_EQ(a.manager.windowRect(), furthest) << "showing alone adopts";
     EXPECT_EQ(a.calls.size(), 9U);
 }
 
