@@ -37,7 +37,6 @@ public:
     {
         for (int number = 0; number < 2; ++number) {
             m_members.emplace_back(key, number);
-            EXPECT_EQ(m_members.back().ask("attach"), "ok");
             m_members.back().tell("roam");
         }
     }
@@ -58,7 +57,7 @@ public:
 
 private:
     Observer m_observer;
-    std::deque<MemberProcess> m_members;
+    std::deque<AttachedProcess> m_members;
 };
 
 class SegmentGateStopTest : public testing::TestWithParam<const char*>
@@ -72,10 +71,9 @@ TEST(SegmentGateCrashTest, NextOneFindsAnEmptySegmentWhenAllAreKilled)
     const UniqueKey key;
     for (int round = 0; round < 2; ++round) {
         SCOPED_TRACE(round);
-        std::deque<MemberProcess> members;
+        std::deque<AttachedProcess> members;
         for (int number = 0; number < 2; ++number) {
             members.emplace_back(key, number);
-            EXPECT_EQ(members.back().ask("attach"), "ok");
             EXPECT_EQ(members.back().ask("visit 10"), "ok");
         }
         for (auto& member : members)
@@ -92,8 +90,7 @@ TEST_P(SegmentGateStopTest, HindersNobodyWhenItIsKilled)
     Survivors survivors(key);
     const int kills = stressed(1);
     for (int i = 0; i < kills; ++i) {
-        MemberProcess victim(key, kFirstVictim);
-        EXPECT_EQ(victim.ask("attach"), "ok");
+        AttachedProcess victim(key, kFirstVictim);
         EXPECT_EQ(victim.ask(std::string("stop ") + GetParam()), "ok");
         victim.kill();
     }
@@ -110,8 +107,7 @@ TEST(SegmentGateCrashTest, SurvivorsGoOnWhereverTheOthersAreKilled)
     Survivors survivors(key);
     const int kills = stressed(2);
     for (int i = 0; i < kills; ++i) {
-        MemberProcess victim(key, kFirstVictim);
-        EXPECT_EQ(victim.ask("attach"), "ok");
+        AttachedProcess victim(key, kFirstVictim);
         victim.tell("rejoin 1000000");
         passSomeTime();
         victim.kill();
@@ -126,8 +122,7 @@ TEST(SegmentGateCrashTest, CreatorMayBeKilledAnywhere)
     const int kills = stressed(2);
     for (int i = 0; i < kills; ++i) {
         SCOPED_TRACE(i);
-        MemberProcess victim(key, kFirstVictim);
-        EXPECT_EQ(victim.ask("attach"), "ok");
+        AttachedProcess victim(key, kFirstVictim);
         victim.tell("rejoin 1000000");
         passSomeTime();
         victim.kill();
@@ -147,8 +142,7 @@ TEST(SegmentGateCrashTest, OneIsInsideAtATimeWhileOthersStartQuitAndCrash)
     const int rounds = stressed(2);
     for (int round = 0; round < rounds; ++round) {
         SCOPED_TRACE(round);
-        MemberProcess victim(key, kFirstVictim);
-        EXPECT_EQ(victim.ask("attach"), "ok");
+        AttachedProcess victim(key, kFirstVictim);
         victim.tell("rejoin 1000000");
         for (auto& member : members)
             member.tell("rejoin 10");

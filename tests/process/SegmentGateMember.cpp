@@ -2,6 +2,8 @@
 
 #include "platform/SegmentGatePassage.h"
 
+#include <gtest/gtest.h>
+
 #include <QElapsedTimer>
 #include <QFile>
 #include <QUuid>
@@ -180,6 +182,12 @@ MemberProcess::MemberProcess(const QString& key, int number, bool hasGate)
     : m_process("segment-member", {key, QString::number(number),
                                    hasGate ? QStringLiteral("gate") : QStringLiteral("plain")})
 {
+}
+
+AttachedProcess::AttachedProcess(const QString& key, int number, bool hasGate)
+    : MemberProcess(key, number, hasGate)
+{
+    EXPECT_EQ(ask("attach"), "ok");
 }
 
 std::string MemberProcess::ask(const std::string& command)

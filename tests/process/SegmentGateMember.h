@@ -113,3 +113,10 @@ public:
 private:
     RoleProcess m_process;
 };
+
+/// A member in a process of its own that is attached.
+class AttachedProcess : public MemberProcess
+{
+public:
+    AttachedProcess(const QString& key, int number, bool hasGate = true);
+};

@@ -126,8 +126,7 @@ TEST(SegmentGateTest, LockThatCouldBeTakenTwiceIsMendedOnceNoPlainUserHasIt)
     const UniqueKey key;
     Member plain(key, 0, false);
     EXPECT_TRUE(plain.attach());
-    MemberProcess member(key, 1);
-    EXPECT_EQ(member.ask("attach"), "ok");
+    AttachedProcess member(key, 1);
     EXPECT_TRUE(plain.memory().lock());
     EXPECT_TRUE(QSystemSemaphore(key, 1).release(2));
     EXPECT_EQ(member.ask("visit 1"), "ok");
@@ -193,8 +192,7 @@ TEST(SegmentGateTest, AllThatStartTogetherShareOneSegmentAndAllThatQuitTogetherR
 TEST(SegmentGateTest, CreatorThatComesAndGoesDisturbsNobody)
 {
     const UniqueKey key;
-    MemberProcess creator(key, 0);
-    EXPECT_EQ(creator.ask("attach"), "ok");
+    AttachedProcess creator(key, 0);
     std::deque<MemberProcess> others;
     others.emplace_back(key, 1);
     others.emplace_back(key, 2);
@@ -233,8 +231,7 @@ TEST(SegmentGateTest, PlainUserThatIsInsideWhenTheGateIsEnteredIsWaitedFor)
     const UniqueKey key;
     Member plain(key, 0, false);
     EXPECT_TRUE(plain.attach());
-    MemberProcess gated(key, 1);
-    EXPECT_EQ(gated.ask("attach"), "ok");
+    AttachedProcess gated(key, 1);
     EXPECT_TRUE(plain.memory().lock());
     gated.tell("visit 1");
     EXPECT_TRUE(waitUntil([&key] { return isLockAwaited(key); }));

@@ -146,8 +146,7 @@ TEST(SegmentGatePosixTest, LeftOverSegmentOfAnotherSizeIsReplaced)
 TEST(SegmentGatePosixTest, LockThatItsMakerLeftWithoutAValueGetsOne)
 {
     const UniqueKey key;
-    MemberProcess member(key, 0);
-    EXPECT_EQ(member.ask("attach"), "ok");
+    AttachedProcess member(key, 0);
     ::semctl(::semget(lockKey(key), 1, 0600), 0, IPC_RMID);
     ASSERT_NE(::semget(lockKey(key), 1, 0600 | IPC_CREAT | IPC_EXCL), -1);
     ASSERT_EQ(lockValue(key), 0);
@@ -158,8 +157,7 @@ TEST(SegmentGatePosixTest, LockThatItsMakerLeftWithoutAValueGetsOne)
 TEST(SegmentGatePosixTest, LockThatAPlainUserHasTakenAlongIsReplaced)
 {
     const UniqueKey key;
-    MemberProcess member(key, 0);
-    EXPECT_EQ(member.ask("attach"), "ok");
+    AttachedProcess member(key, 0);
     ::semctl(::semget(lockKey(key), 1, 0600), 0, IPC_RMID);
     EXPECT_TRUE(QFile::remove(pavo::segmentLockName(QSharedMemory(key).nativeKey())));
     EXPECT_EQ(member.ask("visit 1"), "ok");
@@ -187,8 +185,7 @@ TEST(SegmentGatePosixTest, ForkedChildIsNotIn)
             ::_exit(static_cast<int>(::read(blocked[0], &byte, 1)));
         }
     }
-    MemberProcess other(key, 0);
-    EXPECT_EQ(other.ask("attach"), "ok");
+    AttachedProcess other(key, 0);
     ::close(blocked[1]);
     EXPECT_EQ(::waitpid(child, nullptr, 0), child);
     ::close(blocked[0]);
@@ -199,10 +196,8 @@ TEST(SegmentGatePosixTest, PlainUserInsideKeepsItsLockWhenSomebodyInTheGateIsKil
     const UniqueKey key;
     Member plain(key, 0, false);
     EXPECT_TRUE(plain.attach());
-    MemberProcess victim(key, kFirstVictim);
-    EXPECT_EQ(victim.ask("attach"), "ok");
-    MemberProcess next(key, 1);
-    EXPECT_EQ(next.ask("attach"), "ok");
+    AttachedProcess victim(key, kFirstVictim);
+    AttachedProcess next(key, 1);
     EXPECT_EQ(victim.ask("stop gate"), "ok");
     EXPECT_TRUE(plain.memory().lock());
     victim.kill();

@@ -55,10 +55,8 @@ TEST(SegmentGateWindowsTest, PlainUserMayLoseItsLockWhenSomebodyInTheGateIsKille
     const UniqueKey key;
     Member plain(key, 0, false);
     EXPECT_TRUE(plain.attach());
-    MemberProcess victim(key, kFirstVictim);
-    EXPECT_EQ(victim.ask("attach"), "ok");
-    MemberProcess next(key, 1);
-    EXPECT_EQ(next.ask("attach"), "ok");
+    AttachedProcess victim(key, kFirstVictim);
+    AttachedProcess next(key, 1);
     EXPECT_EQ(victim.ask("stop gate"), "ok");
     EXPECT_TRUE(plain.memory().lock());
     victim.kill();
