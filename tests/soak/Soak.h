@@ -18,6 +18,11 @@
 class Soak
 {
 public:
+    static constexpr int kSeats = 8;
+    /// The first seats are never killed, so that what grows has the time to; the very first one
+    /// keeps its pipes, too.
+    static constexpr int kLongLived = 3;
+
     Soak(unsigned seed, double seconds, const std::string& csvFile);
 
     enum class Verdict { Flat, Grows, TooShortToTell };
