@@ -18,7 +18,7 @@ packages_docs="doxygen graphviz fonts-dejavu-core"
 packages_package="$packages_windows git zip debhelper lintian"
 packages_bench="$packages_native libbenchmark-dev libzmq3-dev libboost-dev dbus gnuplot-nox linux-perf"
 packages_format="git clang-format"
-packages_lint="$packages_native clang-tidy"
+packages_lint="$packages_native git clang-tidy shellcheck"
 
 # need PURPOSE...: installs what is missing for these purposes.
 need() {
