@@ -2,8 +2,6 @@
 
 // A real host process that lives and misbehaves. Each test is a process of its own.
 
-using log4cplus::DEBUG_LOG_LEVEL;
-
 namespace {
 
 constexpr const char* kOpenSettings = R"({"name":"OpenBaseInfoSettingWindow"})";

@@ -1,8 +1,5 @@
 #include "tests/support/ChannelFixture.h"
 
-using log4cplus::ERROR_LOG_LEVEL;
-using log4cplus::WARN_LOG_LEVEL;
-
 namespace {
 
 using Lines = std::vector<std::string>;

@@ -3,7 +3,6 @@
 #include "pavo_core/QLoginObserver.h"
 
 using log4cplus::ERROR_LOG_LEVEL;
-using log4cplus::WARN_LOG_LEVEL;
 
 namespace {
 

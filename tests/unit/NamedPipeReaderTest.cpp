@@ -17,9 +17,7 @@
 #include <thread>
 
 using log4cplus::DEBUG_LOG_LEVEL;
-using log4cplus::ERROR_LOG_LEVEL;
 using log4cplus::INFO_LOG_LEVEL;
-using log4cplus::WARN_LOG_LEVEL;
 using pavo::HostPipe;
 
 namespace {

@@ -136,7 +136,7 @@ TEST_F(NotificationsTest, ThreadsMaySendWhileTheHostClosesAndTheChannelStartsAne
 {
     Logger::logger().setLogLevel(log4cplus::WARN_LOG_LEVEL); // Thousands of records a second.
     const RepeatingThreads senders(
-        8, [this](int number) { rows().at(static_cast<std::size_t>(2 * number)).send(channel()); });
+        8, [](int number) { rows().at(static_cast<std::size_t>(2 * number)).send(channel()); });
     for (int round = 0; round < 20; ++round) {
         pavo::HostPipe in(uniquePipeName(), pavo::HostPipe::Direction::HostWrites);
         const HostReader out(uniquePipeName());
