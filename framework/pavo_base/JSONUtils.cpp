@@ -14,6 +14,9 @@
 
 namespace {
 
+/// Of what is written: most messages and the record of an account need no more room.
+constexpr std::size_t kUsualLength = 256;
+
 std::unique_ptr<Json::CharReader> makeReader()
 {
     Json::CharReaderBuilder builder;
@@ -239,6 +242,7 @@ void JSONUtils::put(std::string_view key, Json::Value value, Json::Value& object
 std::string JSONUtils::stringFromJSON(const Json::Value& value)
 {
     std::string text;
+    text.reserve(kUsualLength);
     if (!appendJson(value, kMaxDepth, text))
         text.clear();
     return text;
