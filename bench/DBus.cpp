@@ -25,21 +25,25 @@ PrivateBus::~PrivateBus()
     m_daemon.waitForFinished(-1);
 }
 
-QDBusConnection joinBus(const QString& address, const QString& name, QObject* object)
+BusMember::BusMember(const QString& address, const QString& name, QObject* object)
+    : m_bus(QDBusConnection::connectToBus(address, name))
 {
-    QDBusConnection bus = QDBusConnection::connectToBus(address, name);
-    bus.registerObject(QLatin1String(kPath), QLatin1String(kInterface), object,
-                       QDBusConnection::ExportAllSlots);
-    bus.registerService(name);
-    return bus;
+    m_bus.registerObject(QLatin1String(kPath), QLatin1String(kInterface), object,
+                         QDBusConnection::ExportAllSlots);
+    m_bus.registerService(name);
 }
 
-void callOverBus(const QDBusConnection& bus, const QString& name, const char* slot,
-                 const QVariantList& arguments)
+BusMember::~BusMember()
+{
+    // Qt keeps a connection under its name: who comes next under that would get this one.
+    QDBusConnection::disconnectFromBus(m_bus.name());
+}
+
+void BusMember::call(const QString& name, const char* slot, const QVariantList& arguments) const
 {
     QDBusMessage message = QDBusMessage::createMethodCall(
         name, QLatin1String(kPath), QLatin1String(kInterface), QLatin1String(slot));
     message.setArguments(arguments);
     message.setAutoStartService(false);
-    bus.send(message);
+    m_bus.send(message);
 }

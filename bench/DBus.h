@@ -19,10 +19,18 @@ private:
     QString m_address;
 };
 
-/// This process's connection to the bus at `address`, known there as `name`, with `object`'s slots
-/// open to everybody.
-QDBusConnection joinBus(const QString& address, const QString& name, QObject* object);
+/// This process on a bus, known there by its name, with an object's slots open to everybody.
+class BusMember
+{
+public:
+    BusMember(const QString& address, const QString& name, QObject* object);
+    ~BusMember();
+    BusMember(const BusMember&) = delete;
+    BusMember& operator=(const BusMember&) = delete;
 
-/// Calls a slot of another process's object without waiting for anything.
-void callOverBus(const QDBusConnection& bus, const QString& name, const char* slot,
-                 const QVariantList& arguments);
+    /// Calls a slot of another member's object without waiting for anything.
+    void call(const QString& name, const char* slot, const QVariantList& arguments) const;
+
+private:
+    QDBusConnection m_bus;
+};

@@ -15,6 +15,8 @@ struct Series
 
     [[nodiscard]] double percentile(double part) const;
     [[nodiscard]] double median() const { return percentile(0.5); }
+    /// What all but a hundredth are as good as, at least.
+    [[nodiscard]] double tail() const;
 };
 
 /// What a run has measured, in the order in which it came.

@@ -1,6 +1,7 @@
 // Merging and separating the windows of a whole group, and joining one.
 
 #include "bench/Measurements.h"
+#include "bench/Targets.h"
 #include "bench/accounts/ManagerProbe.h"
 #include "bench/accounts/MemberProcess.h"
 
@@ -8,20 +9,20 @@
 
 namespace {
 
-constexpr std::size_t kSizes[] = {2, 5, 10, 25, 50};
+constexpr int kSizes[] = {2, 5, 10, 25, 50};
+constexpr std::size_t kKinds = 2; // the library and the floor
 
 struct Group
 {
-    explicit Group(MemberIndex memberKind)
+    explicit Group(const MemberKind& memberKind)
         : kind(memberKind)
         , installation(uniqueName(QStringLiteral("group")))
     {
     }
-    void growTo(std::size_t size)
+    void growTo(int size)
     {
-        while (members.size() < size) {
-            members.push_back(
-                startMember(kind, installation, pinOf(static_cast<int>(members.size()))));
+        for (int number = static_cast<int>(members.size()); number < size; ++number) {
+            members.push_back(startMember(kind, installation, pinOf(number)));
             ask(members.back(), "join");
         }
     }
@@ -37,39 +38,46 @@ struct Group
         return (last - first[0]) / kNsPerUs;
     }
 
-    MemberIndex kind;
-    QString installation;
+    const MemberKind& kind;
+    const QString installation;
     std::vector<Child> members;
 };
+
+void mergeAndSeparate(const Group& group, int size, Figures& figures)
+{
+    figures.add("group, separating", size, group.kind.name, kMicroseconds,
+                {group.changeMode(kMASeparate)});
+    figures.add("group, merging", size, group.kind.name, kMicroseconds,
+                {group.changeMode(kMAMerged)});
+}
+
+void measureRound(const Effort& effort, Figures& figures)
+{
+    Group groups[kKinds] = {Group(memberKinds()[0]), Group(memberKinds()[1])};
+    for (const int size : kSizes) {
+        if (size > effort.processes)
+            break;
+        for (Group& group : groups)
+            group.growTo(size);
+        for (int i = 0; i < effort.merges; ++i) {
+            for (const Group& group : groups)
+                mergeAndSeparate(group, size, figures);
+        }
+    }
+    for (const Group& group : groups) {
+        const Child newcomer = startMember(group.kind, group.installation, pinOf(100));
+        for (int i = 0; i < effort.starts; ++i) {
+            figures.add("joining", static_cast<int>(group.members.size()), group.kind.name,
+                        kMicroseconds, numbersIn(ask(newcomer, "join")));
+            ask(newcomer, "quit");
+        }
+    }
+}
 
 } // namespace
 
 void measureGroup(const Effort& effort, Figures& figures)
 {
-    Group groups[] = {Group(kLibraryMember), Group(kFloorMember)};
-    for (const std::size_t size : kSizes) {
-        for (Group& group : groups)
-            group.growTo(size);
-        const auto parameter = static_cast<int>(size);
-        for (int i = 0; i < effort.merges * effort.rounds; ++i) {
-            for (const Group& group : groups) {
-                const char* const name = kMemberKinds[group.kind].name;
-                figures.add("group, separating", parameter, name, kMicroseconds,
-                            {group.changeMode(kMASeparate)});
-                figures.add("group, merging", parameter, name, kMicroseconds,
-                            {group.changeMode(kMAMerged)});
-            }
-        }
-    }
-    Child newcomers[] = {
-        startMember(kLibraryMember, groups[0].installation, pinOf(100)),
-        startMember(kFloorMember, groups[1].installation, pinOf(100)),
-    };
-    for (int i = 0; i < effort.starts * effort.rounds; ++i) {
-        for (std::size_t k = 0; k < 2; ++k) {
-            figures.add("joining", 50, kMemberKinds[groups[k].kind].name, kMicroseconds,
-                        numbersIn(ask(newcomers[k], "join")));
-            ask(newcomers[k], "quit");
-        }
-    }
+    for (int round = 0; round < effort.groups; ++round)
+        measureRound(effort, figures);
 }

@@ -1,12 +1,13 @@
 // Messages between a host and a workbench: one at a time, and as many as there is time for.
 
 #include "bench/Measurements.h"
+#include "bench/Peers.h"
 #include "bench/Process.h"
 #include "bench/Targets.h"
+#include "bench/Usage.h"
 #include "bench/messages/Transport.h"
 #include "pavo_base/Logger.h"
 
-#include <list>
 #include <thread>
 
 namespace {
@@ -14,14 +15,15 @@ namespace {
 constexpr const char* kRole = "workbench";
 constexpr std::chrono::milliseconds kQuietGap(1);
 
-constexpr Transport kTransports[] = {
-    {kLibrary, &makePipeHost, &makeLibraryEnd},
-    {kGathered, &makeGatheringHost, &makeLibraryEnd},
-    {kFloor, &makePipeHost, &makeFloorEnd},
-    {kLocalSocket, &makeLocalSocketHost, &makeLocalSocketEnd},
-    {kZeroMq, &makeZeroMqHost, &makeZeroMqEnd},
-    {kDBus, &makeDBusHost, &makeDBusEnd},
-};
+const std::vector<Transport>& transports()
+{
+    static const auto all = withPeers(std::vector<Transport>{
+        {kLibrary, &makePipeHost, &makeLibraryEnd},
+        {kGathered, &makeGatheringHost, &makeLibraryEnd},
+        {kFloor, &makePipeHost, &makeFloorEnd},
+    });
+    return all;
+}
 
 /// The workbench's side: "receive N" answers at the first message, then with what it measured,
 /// "send N" and "quiet N" send, "used" tells the processor time since.
@@ -97,7 +99,7 @@ int beWorkbench(const QStringList& arguments)
     QCoreApplication application(argc, nullptr);
     QCoreApplication::setApplicationName(uniqueName(QStringLiteral("workbench")));
     Logger::initialise(log4cplus::OFF_LOG_LEVEL);
-    const auto end = kTransports[arguments[0].toInt()].workbench(arguments[1]);
+    const auto end = transports()[arguments[0].toUInt()].workbench(arguments[1]);
     Workbench workbench(*end);
     return obey([&](const std::string& command, const std::string& argument) {
         return workbench.run(command, argument);
@@ -111,7 +113,8 @@ struct Contestant
     explicit Contestant(const Transport& transport)
         : name(transport.name)
         , host(transport.host())
-        , workbench(startChild(kRole, {QString::number(&transport - kTransports), host->address()}))
+        , workbench(startChild(
+              kRole, {QString::number(&transport - transports().data()), host->address()}))
     {
         host->awaitWorkbench();
     }
@@ -183,17 +186,16 @@ void outboundFlood(const Contestant& contestant, int count, Figures& figures)
 
 void measureMessages(const Effort& effort, Figures& figures)
 {
-    std::list<Contestant> contestants;
-    for (const Transport& transport : kTransports)
-        contestants.emplace_back(transport);
     for (int round = 0; round < effort.rounds; ++round) {
-        for (const Contestant& each : contestants)
-            inboundQuiet(each, effort.quietMessages, figures);
-        for (const Contestant& each : contestants)
-            inboundFlood(each, effort.floodMessages, figures);
-        for (const Contestant& each : contestants)
-            outboundQuiet(each, effort.quietMessages, figures);
-        for (const Contestant& each : contestants)
-            outboundFlood(each, effort.floodMessages, figures);
+        for (const Transport& transport : transports()) {
+            const Contestant contestant(transport);
+            Figures ofWarmingUp;
+            inboundFlood(contestant, effort.floodMessages / 8, ofWarmingUp);
+            outboundFlood(contestant, effort.floodMessages / 8, ofWarmingUp);
+            inboundQuiet(contestant, effort.quietMessages, figures);
+            inboundFlood(contestant, effort.floodMessages, figures);
+            outboundQuiet(contestant, effort.quietMessages, figures);
+            outboundFlood(contestant, effort.floodMessages, figures);
+        }
     }
 }

@@ -100,7 +100,7 @@ void writeMessageJsoncpp(benchmark::State& state)
 {
     const std::string link = linkOf(1);
     for (auto each : state)
-        benchmark::DoNotOptimize(openUrlText(link).size());
+        benchmark::DoNotOptimize(writeByHand(openUrlMessage(link)).size());
 }
 BENCHMARK(writeMessageJsoncpp)->Apply(&repeat);
 

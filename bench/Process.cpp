@@ -1,9 +1,6 @@
 #include "bench/Process.h"
 
-#include <sys/resource.h>
-
 #include <cstdlib>
-#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <sstream>
@@ -12,25 +9,6 @@ namespace {
 
 constexpr int kPatienceMs = 120000;
 constexpr const char* kReady = "ready";
-
-/// Adds up, in kilobytes, what is resident of those mappings in whose line `name` is.
-double residentIn(const char* listing, const std::string& name)
-{
-    std::ifstream file(listing);
-    double sum = 0;
-    bool counts = false;
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream words(line);
-        std::string first;
-        double kilobytes = 0;
-        words >> first;
-        if (first.back() != ':')
-            counts = line.find(name) != std::string::npos;
-        else if (counts && first == "Rss:" && words >> kilobytes)
-            sum += kilobytes;
-    }
-    return sum;
-}
 
 } // namespace
 
@@ -97,26 +75,6 @@ std::string lineOf(const std::vector<double>& numbers)
     for (const double number : numbers)
         out << number << ' ';
     return out.str();
-}
-
-double processorTimeUs()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto us = [](const timeval& time) {
-        return 1e6 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec);
-    };
-    return us(usage.ru_utime) + us(usage.ru_stime);
-}
-
-double residentKb()
-{
-    return residentIn("/proc/self/smaps_rollup", {});
-}
-
-double residentKbOf(const std::string& name)
-{
-    return residentIn("/proc/self/smaps", name);
 }
 
 QString uniqueName(const QString& role)

@@ -50,12 +50,5 @@ std::string answerOf(const Child& child);
 std::vector<double> numbersIn(const std::string& line);
 std::string lineOf(const std::vector<double>& numbers);
 
-/// The processor time that this process has used, in microseconds.
-double processorTimeUs();
-/// The memory that this process has resident, in kilobytes, and that of the files with `name` in
-/// theirs.
-double residentKb();
-double residentKbOf(const std::string& name);
-
 /// A name that nothing else on this machine has.
 QString uniqueName(const QString& role);

@@ -63,10 +63,11 @@ double startOnce(const Child& starter)
 void measureStart(const Effort& effort, Figures& figures)
 {
     constexpr const char* kNames[] = {kLibrary, kFloor};
-    const Child starters[] = {startChild(kRole, {QLatin1String(kNames[0])}),
-                              startChild(kRole, {QLatin1String(kNames[1])})};
-    for (int i = 0; i < effort.starts * effort.rounds; ++i) {
-        for (std::size_t k = 0; k < 2; ++k)
-            figures.add("start", 0, kNames[k], kMicroseconds, {startOnce(starters[k])});
+    for (int round = 0; round < effort.rounds; ++round) {
+        for (const char* const name : kNames) {
+            const Child starter = startChild(kRole, {QLatin1String(name)});
+            for (int i = 0; i < effort.starts; ++i)
+                figures.add("start", 0, name, kMicroseconds, {startOnce(starter)});
+        }
     }
 }

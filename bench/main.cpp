@@ -21,9 +21,19 @@ constexpr Measurement kMeasurements[] = {
     {"group", &measureGroup},       {"start", &measureStart},   {"memory", &measureMemory},
 };
 
+/// Takes the option that asks for less than everything, if it is there.
+Effort takeEffort(QStringList& arguments)
+{
+    if (arguments.removeAll(QStringLiteral("--quick")) > 0)
+        return kQuick;
+    if (arguments.removeAll(QStringLiteral("--trial")) > 0)
+        return kTrial;
+    return kFull;
+}
+
 int wrongUsage()
 {
-    std::cerr << "usage: pavo-bench [--quick] FOLDER [NAME]\n"
+    std::cerr << "usage: pavo-bench [--quick|--trial] FOLDER [NAME]\n"
                  "Writes figures.json, figures.tsv and figures.md to FOLDER. NAME is one of:";
     for (const Measurement& each : kMeasurements)
         std::cerr << ' ' << each.name;
@@ -44,7 +54,7 @@ int main(int argc, char** argv)
     qputenv("QT_NO_GLIB", "1");
     const QCoreApplication application(argc, argv);
     QStringList arguments = QCoreApplication::arguments().mid(1);
-    const Effort& effort = arguments.removeAll(QStringLiteral("--quick")) > 0 ? kQuick : kFull;
+    const Effort effort = takeEffort(arguments);
     if (arguments.isEmpty() || arguments.size() > 2)
         return wrongUsage();
     Figures figures;
@@ -64,8 +74,6 @@ int main(int argc, char** argv)
     std::ofstream columns(place + "/figures.tsv");
     figures.writeColumns(columns);
     std::ofstream table(place + "/figures.md");
-    table << "# Figures of `./pavo bench`\n\n[performance.md](../performance.md) says what they "
-             "mean.\n\n";
     figures.writeTable(table);
     figures.writeTable(std::cout);
     return json && columns && table ? 0 : 1;

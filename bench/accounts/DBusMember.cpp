@@ -3,7 +3,6 @@
 
 #include "bench/DBus.h"
 #include "bench/Process.h"
-#include "bench/accounts/DBusKeeper.h"
 #include "bench/accounts/ManagerProbe.h"
 #include "bench/accounts/Member.h"
 
@@ -42,7 +41,7 @@ class Keeper : public QObject
 
 public:
     explicit Keeper(const QString& bus)
-        : m_bus(joinBus(bus, QLatin1String(kKeeperName), this))
+        : m_bus(bus, QLatin1String(kKeeperName), this)
     {
     }
 
@@ -51,16 +50,16 @@ public Q_SLOTS:
     void switchTo(const QString& pin, const QString& front)
     {
         m_front = front;
-        callOverBus(m_bus, busName(pin), "show", {m_front, m_list});
+        m_bus.call(busName(pin), "show", {m_front, m_list});
     }
     void takeFront(const QString& previous, const QString& front)
     {
         m_front = front;
-        callOverBus(m_bus, busName(previous), "stepBack", {m_front});
+        m_bus.call(busName(previous), "stepBack", {m_front});
     }
 
 private:
-    QDBusConnection m_bus;
+    const BusMember m_bus;
     QString m_front;
     QString m_list;
 };
@@ -83,7 +82,7 @@ class DBusMember : public QObject, public Member
 public:
     DBusMember(std::string pin, const std::string& bus)
         : m_pin(std::move(pin))
-        , m_bus(joinBus(QString::fromStdString(bus), busName(QString::fromStdString(m_pin)), this))
+        , m_bus(QString::fromStdString(bus), busName(QString::fromStdString(m_pin)), this)
     {
     }
     void join() override {}
@@ -92,7 +91,7 @@ public:
 
 protected:
     const std::string m_pin;
-    const QDBusConnection m_bus;
+    const BusMember m_bus;
 };
 
 class KeptMember : public DBusMember
@@ -130,7 +129,7 @@ public Q_SLOTS:
 private:
     void call(const char* slot, const QVariantList& arguments) const
     {
-        callOverBus(m_bus, QLatin1String(kKeeperName), slot, arguments);
+        m_bus.call(QLatin1String(kKeeperName), slot, arguments);
     }
 };
 
@@ -144,37 +143,57 @@ public:
     void seed(int accounts) override { Q_UNUSED(accounts) }
     void switchTo(const std::string& pin) override
     {
-        callOverBus(m_bus, busName(QString::fromStdString(pin)), "show", {textOf(frontOf(m_pin))});
+        m_bus.call(busName(QString::fromStdString(pin)), "show", {textOf(frontOf(m_pin))});
     }
 
 public Q_SLOTS:
     void show(const QString& front)
     {
         const QJsonObject previous = QJsonDocument::fromJson(front.toUtf8()).object();
-        callOverBus(m_bus, busName(previous.value(QLatin1String("pin")).toString()), "stepBack",
-                    {});
+        m_bus.call(busName(previous.value(QLatin1String("pin")).toString()), "stepBack", {});
         onTold(kMAShow);
     }
     void stepBack() { onTold(kMAStepBack); }
 };
 
+class Bus : public MeetingPlace
+{
+public:
+    [[nodiscard]] QString address() const override { return m_bus.address(); }
+
+private:
+    const PrivateBus m_bus;
+};
+
+class KeptBus : public Bus
+{
+public:
+    KeptBus() { m_keeper.nextLine(); }
+
+private:
+    RoleProcess m_keeper{kRole, {address()}};
+};
+
 } // namespace
 
-std::unique_ptr<RoleProcess> startDBusKeeper(const QString& bus)
+std::unique_ptr<MeetingPlace> makeBus()
 {
-    auto keeper = std::make_unique<RoleProcess>(kRole, QStringList{bus});
-    keeper->nextLine();
-    return keeper;
+    return std::make_unique<Bus>();
 }
 
-std::unique_ptr<Member> makeDBusMember(const std::string& pin, const std::string& bus)
+std::unique_ptr<MeetingPlace> makeKeptBus()
 {
-    return std::make_unique<KeptMember>(pin, bus);
+    return std::make_unique<KeptBus>();
 }
 
-std::unique_ptr<Member> makeFreeDBusMember(const std::string& pin, const std::string& bus)
+std::unique_ptr<Member> makeDBusMember(const std::string& pin, const std::string& address)
 {
-    return std::make_unique<FreeMember>(pin, bus);
+    return std::make_unique<KeptMember>(pin, address);
+}
+
+std::unique_ptr<Member> makeFreeDBusMember(const std::string& pin, const std::string& address)
+{
+    return std::make_unique<FreeMember>(pin, address);
 }
 
 #include "DBusMember.moc"

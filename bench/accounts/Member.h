@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -19,13 +21,26 @@ public:
     std::function<void(int code)> onTold;
 };
 
-std::unique_ptr<Member> makeLibraryMember(const std::string& pin, const std::string& bus);
-std::unique_ptr<Member> makeFloorMember(const std::string& pin, const std::string& bus);
-std::unique_ptr<Member> makeDBusMember(const std::string& pin, const std::string& bus);
-std::unique_ptr<Member> makeFreeDBusMember(const std::string& pin, const std::string& bus);
+std::unique_ptr<Member> makeLibraryMember(const std::string& pin, const std::string& address);
+std::unique_ptr<Member> makeFloorMember(const std::string& pin, const std::string& address);
+std::unique_ptr<Member> makeDBusMember(const std::string& pin, const std::string& address);
+std::unique_ptr<Member> makeFreeDBusMember(const std::string& pin, const std::string& address);
+
+/// What members of a kind need beside them to meet each other.
+class MeetingPlace
+{
+public:
+    virtual ~MeetingPlace() = default;
+    [[nodiscard]] virtual QString address() const = 0;
+};
+
+std::unique_ptr<MeetingPlace> makeBus();
+/// With a process on it that keeps the list and the front.
+std::unique_ptr<MeetingPlace> makeKeptBus();
 
 struct MemberKind
 {
     const char* name;
-    std::unique_ptr<Member> (*make)(const std::string& pin, const std::string& bus);
+    std::unique_ptr<Member> (*make)(const std::string& pin, const std::string& address);
+    std::unique_ptr<MeetingPlace> (*makePlace)(); ///< null where the system's own will do
 };

@@ -1,13 +1,8 @@
 #include "bench/accounts/MemberProcess.h"
 
+#include "bench/Peers.h"
+#include "bench/Targets.h"
 #include "pavo_base/Logger.h"
-
-const MemberKind kMemberKinds[] = {
-    {kLibrary, &makeLibraryMember},
-    {kFloor, &makeFloorMember},
-    {kDBus, &makeDBusMember},
-    {kFreeDBus, &makeFreeDBusMember},
-};
 
 namespace {
 
@@ -43,9 +38,8 @@ int beMember(const QStringList& arguments)
     QCoreApplication application(argc, nullptr);
     QCoreApplication::setApplicationName(arguments[1]);
     Logger::initialise(log4cplus::OFF_LOG_LEVEL);
-    const double before = residentKb();
-    const auto member = kMemberKinds[arguments[0].toInt()].make(arguments[2].toStdString(),
-                                                                arguments[3].toStdString());
+    const auto member = memberKinds()[arguments[0].toUInt()].make(arguments[2].toStdString(),
+                                                                  arguments[3].toStdString());
     member->onTold = [](int) {};
     return obey([&](const std::string& command, const std::string& argument) -> std::string {
         const int number = std::atoi(argument.c_str());
@@ -59,9 +53,7 @@ int beMember(const QStringList& arguments)
             return momentsOf(*member, [&] { member->switchTo(argument); });
         if (command == "mode")
             return momentsOf(*member, [&] { member->changeMode(number); });
-        if (command == "await")
-            return momentsOf(*member, [] { sayToParent("awaiting"); });
-        return lineOf({residentKb() - before});
+        return momentsOf(*member, [] { sayToParent("awaiting"); });
     });
 }
 
@@ -69,9 +61,16 @@ const Role memberRole(kRole, &beMember);
 
 } // namespace
 
-Child startMember(MemberIndex kind, const QString& installation, const std::string& pin,
-                  const QString& bus)
+const std::vector<MemberKind>& memberKinds()
 {
-    return startChild(kRole,
-                      {QString::number(kind), installation, QString::fromStdString(pin), bus});
+    static const auto kinds = withPeers(std::vector<MemberKind>{
+        {kLibrary, &makeLibraryMember, nullptr}, {kFloor, &makeFloorMember, nullptr}});
+    return kinds;
+}
+
+Child startMember(const MemberKind& kind, const QString& installation, const std::string& pin,
+                  const QString& address)
+{
+    return startChild(kRole, {QString::number(&kind - memberKinds().data()), installation,
+                              QString::fromStdString(pin), address});
 }

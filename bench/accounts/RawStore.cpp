@@ -1,6 +1,6 @@
 #include "bench/accounts/RawStore.h"
 
-#include "bench/messages/Json.h"
+#include "pavo_base/JSONUtils.h"
 
 #include <QCoreApplication>
 
@@ -18,9 +18,12 @@ RawStore::~RawStore()
 
 void RawStore::lock()
 {
-    if (m_gated)
-        m_gate.emplace(m_memory);
-    m_memory.lock();
+    if (!m_gated) {
+        m_memory.lock();
+        return;
+    }
+    m_gate.emplace(m_memory);
+    m_gate->lock();
 }
 
 void RawStore::unlock()
@@ -29,22 +32,21 @@ void RawStore::unlock()
     m_gate.reset();
 }
 
-std::string RawStore::text(const MARegion& region) const
+QByteArray RawStore::text(const MARegion& region) const
 {
     const char* const begin = static_cast<const char*>(m_memory.constData()) + region.offset;
-    return {begin, qstrnlen(begin, static_cast<uint>(region.size))};
+    return {begin, static_cast<int>(qstrnlen(begin, static_cast<uint>(region.size)))};
 }
 
 Json::Value RawStore::read(const MARegion& region) const
 {
-    const std::string copy = text(region);
+    const QByteArray copy = text(region);
     Json::Value value;
-    if (!copy.empty())
-        parseByHand(copy.data(), copy.data() + copy.size(), value);
+    JSONUtils::parseJSON(copy.constData(), copy.size(), value);
     return value;
 }
 
 void RawStore::write(const MARegion& region, const Json::Value& value)
 {
-    write(region, writeByHand(value));
+    write(region, JSONUtils::stringFromJSON(value));
 }

@@ -3,6 +3,7 @@
 #include "ipc/MultiAccount/MAStoreLayout.h"
 #include "platform/SegmentGate.h"
 
+#include <QByteArray>
 #include <QSharedMemory>
 
 #include <json/value.h>
@@ -21,7 +22,7 @@ public:
     void unlock();
 
     // With the lock.
-    std::string text(const MARegion& region) const;
+    QByteArray text(const MARegion& region) const;
     Json::Value read(const MARegion& region) const;
     void write(const MARegion& region, const Json::Value& value);
     void write(const MARegion& region, const std::string& text) { region.put(text, m_memory); }

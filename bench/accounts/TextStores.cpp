@@ -106,7 +106,7 @@ public:
 private:
     QJsonDocument parse(const MARegion& region) const
     {
-        return QJsonDocument::fromJson(QByteArray::fromStdString(m_store.text(region)));
+        return QJsonDocument::fromJson(m_store.text(region));
     }
 };
 

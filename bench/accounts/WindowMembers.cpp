@@ -3,7 +3,7 @@
 #include "bench/accounts/ManagerProbe.h"
 #include "bench/accounts/Member.h"
 #include "bench/accounts/RawStore.h"
-#include "bench/messages/Json.h"
+#include "pavo_base/JSONUtils.h"
 #include "platform/MessageWindow.h"
 
 #include <QAbstractNativeEventFilter>
@@ -75,19 +75,24 @@ private:
 class FloorMember : public WindowMember
 {
 public:
-    using WindowMember::WindowMember;
-
+    explicit FloorMember(const std::string& pin)
+        : WindowMember(pin)
+    {
+        MAAccountInfo own;
+        own.setAccount(kAppID, m_pin, kClassName, titleOf(m_pin), 1, 0);
+        Json::Value list;
+        JSONUtils::parseJSON(MAAccountInfo::toJSON({own}), list);
+        m_own = list[0];
+    }
     void join() override
     {
         m_message = RegisterWindowMessageW(messageName().c_str());
         m_store.emplace();
-        MAAccountInfo own;
-        own.setAccount(kAppID, m_pin, kClassName, titleOf(m_pin), 1, 0);
         m_store->lock();
         Json::Value list = m_store->read(kMAListRegion);
         if (!list.isArray())
             list = Json::Value(Json::arrayValue);
-        list.append(valueOf(MAAccountInfo::toJSON({own}))[0]);
+        list.append(m_own);
         m_store->write(kMAListRegion, list);
         if (m_store->read(kMASelectedRegion).isNull()) {
             MASelectedAccount selected;
@@ -167,12 +172,6 @@ private:
         return (QCoreApplication::applicationName() + QLatin1String(kMAMessageSuffix))
             .toStdWString();
     }
-    static Json::Value valueOf(const std::string& text)
-    {
-        Json::Value value;
-        parseByHand(text.data(), text.data() + text.size(), value);
-        return value;
-    }
     void post(const std::string& title, unsigned code) const
     {
         HWND window = FindWindowW(QString::fromLatin1(kClassName).toStdWString().c_str(),
@@ -182,19 +181,20 @@ private:
     }
 
     UINT m_message = 0;
+    Json::Value m_own;
     std::optional<RawStore> m_store;
 };
 
 } // namespace
 
-std::unique_ptr<Member> makeLibraryMember(const std::string& pin, const std::string& bus)
+std::unique_ptr<Member> makeLibraryMember(const std::string& pin, const std::string& address)
 {
-    static_cast<void>(bus);
+    Q_UNUSED(address);
     return std::make_unique<LibraryMember>(pin);
 }
 
-std::unique_ptr<Member> makeFloorMember(const std::string& pin, const std::string& bus)
+std::unique_ptr<Member> makeFloorMember(const std::string& pin, const std::string& address)
 {
-    static_cast<void>(bus);
+    Q_UNUSED(address);
     return std::make_unique<FloorMember>(pin);
 }

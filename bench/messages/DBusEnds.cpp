@@ -18,7 +18,7 @@ public:
     void awaitWorkbench() override {}
     void request(const std::string& link) override
     {
-        callOverBus(m_bus, QLatin1String(kWorkbenchName), "show", {QString::fromStdString(link)});
+        m_bus.call(QLatin1String(kWorkbenchName), "show", {QString::fromStdString(link)});
     }
     std::string nextLink() override
     {
@@ -38,7 +38,7 @@ public Q_SLOTS:
 
 private:
     PrivateBus m_daemon;
-    QDBusConnection m_bus = joinBus(m_daemon.address(), QLatin1String(kHostName), this);
+    const BusMember m_bus{m_daemon.address(), QLatin1String(kHostName), this};
     std::deque<std::string> m_links;
 };
 
@@ -48,20 +48,19 @@ class DBusEnd : public QObject, public WorkbenchEnd
 
 public:
     explicit DBusEnd(const QString& address)
-        : m_bus(joinBus(address, QLatin1String(kWorkbenchName), this))
+        : m_bus(address, QLatin1String(kWorkbenchName), this)
     {
     }
     void openUrl(const std::string& link) override
     {
-        callOverBus(m_bus, QLatin1String(kHostName), "openUrl",
-                    {QString::fromStdString(link), false});
+        m_bus.call(QLatin1String(kHostName), "openUrl", {QString::fromStdString(link), false});
     }
 
 public Q_SLOTS:
     void show(const QString& link) { onRequest(link.toStdString()); }
 
 private:
-    QDBusConnection m_bus;
+    const BusMember m_bus;
 };
 
 } // namespace

@@ -25,22 +25,21 @@ std::string writeByHand(const Json::Value& value)
     return text.str();
 }
 
-std::string requestedLink(const char* begin, const char* end)
+std::string requestedLink(const Json::Value& message)
 {
-    Json::Value root;
-    if (!parseByHand(begin, end, root) || root["name"].asString() != "Request")
+    if (message["name"].asString() != "Request")
         return {};
-    return root["arguments"][0]["url"].asString();
+    return message["arguments"][0]["url"].asString();
 }
 
-std::string openUrlText(const std::string& link)
+Json::Value openUrlMessage(const std::string& link)
 {
-    Json::Value root;
-    root["name"] = "OpenUrl";
-    root["source"] = "lx";
-    root["sequence"] = 0;
-    Json::Value& arguments = root["arguments"];
+    Json::Value message;
+    message["name"] = "OpenUrl";
+    message["source"] = "lx";
+    message["sequence"] = 0;
+    Json::Value& arguments = message["arguments"];
     arguments.append(link);
     arguments.append(false);
-    return writeByHand(root);
+    return message;
 }

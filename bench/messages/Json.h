@@ -9,7 +9,7 @@
 bool parseByHand(const char* begin, const char* end, Json::Value& out);
 std::string writeByHand(const Json::Value& value);
 
-/// The link that a host's text asks for.
-std::string requestedLink(const char* begin, const char* end);
-/// The workbench's text that asks for a link to be opened.
-std::string openUrlText(const std::string& link);
+/// The link that a host's message asks for.
+std::string requestedLink(const Json::Value& message);
+/// The workbench's message that asks for a link to be opened.
+Json::Value openUrlMessage(const std::string& link);

@@ -4,6 +4,7 @@
 #include "bench/messages/Json.h"
 #include "bench/messages/Transport.h"
 #include "ipc/KTChannelManager.h"
+#include "pavo_base/JSONUtils.h"
 #include "platform/HostPipe.h"
 #include "platform/UniqueHandle.h"
 
@@ -107,11 +108,12 @@ public:
 
     void openUrl(const std::string& link) override
     {
-        QMetaObject::invokeMethod(&m_writer, [this, bytes = framed(openUrlText(link))] {
-            DWORD written = 0;
-            WriteFile(m_toHost.get(), bytes.constData(), static_cast<DWORD>(bytes.size()), &written,
-                      nullptr);
-        });
+        QMetaObject::invokeMethod(
+            &m_writer, [this, bytes = framed(JSONUtils::stringFromJSON(openUrlMessage(link)))] {
+                DWORD written = 0;
+                WriteFile(m_toHost.get(), bytes.constData(), static_cast<DWORD>(bytes.size()),
+                          &written, nullptr);
+            });
     }
 
 private:
@@ -139,7 +141,9 @@ private:
                     this,
                     [this,
                      text = QByteArray(buffer + done + sizeof length, static_cast<int>(length))] {
-                        onRequest(requestedLink(text.begin(), text.end()));
+                        Json::Value message;
+                        JSONUtils::parseJSON(text.constData(), text.size(), message);
+                        onRequest(requestedLink(message));
                     },
                     Qt::QueuedConnection);
             }

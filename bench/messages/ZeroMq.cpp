@@ -19,12 +19,12 @@ struct SocketCloser
 };
 
 /// A socket for one other, in a context of its own.
-class PairSocket
+class DealerSocket
 {
 public:
-    PairSocket()
+    DealerSocket()
         : m_context(zmq_ctx_new())
-        , m_socket(zmq_socket(m_context.get(), ZMQ_PAIR))
+        , m_socket(zmq_socket(m_context.get(), ZMQ_DEALER))
     {
         constexpr int kDropUnsent = 0;
         zmq_setsockopt(m_socket.get(), ZMQ_LINGER, &kDropUnsent, sizeof kDropUnsent);
@@ -70,7 +70,7 @@ public:
 private:
     const QString m_address =
         QStringLiteral("ipc://") + QDir::temp().filePath(uniqueName(QStringLiteral("zeromq")));
-    PairSocket m_socket;
+    DealerSocket m_socket;
 };
 
 class ZeroMqEnd : public WorkbenchEnd
@@ -89,7 +89,7 @@ public:
 
     void openUrl(const std::string& link) override
     {
-        m_socket.send(openUrlText(link));
+        m_socket.send(writeByHand(openUrlMessage(link)));
         // Sending may have used up the notification of something received.
         takeAll();
     }
@@ -98,12 +98,14 @@ private:
     void takeAll()
     {
         while (m_socket.receive(ZMQ_DONTWAIT, [this](const char* text, int textSize) {
-            onRequest(requestedLink(text, text + textSize));
+            Json::Value message;
+            parseByHand(text, text + textSize, message);
+            onRequest(requestedLink(message));
         }))
             continue;
     }
 
-    PairSocket m_socket;
+    DealerSocket m_socket;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
