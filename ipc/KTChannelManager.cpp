@@ -118,10 +118,19 @@ bool KTChannelManager::parseStartUpParam(const QString& commandLine)
 
 void KTChannelManager::startReader(const QString& name)
 {
-    m_reader = new NamedPipe(NamedPipe::Reader);
-    connect(m_reader, &NamedPipe::sigReadyRead, this, &KTChannelManager::slotReadyRead);
-    connect(m_reader, &NamedPipe::sigExitPipe, this, &KTChannelManager::slotExitReadPipe);
-    m_reader->startReaderThread(name);
+    auto* const reader = new NamedPipe(NamedPipe::Reader);
+    // What an earlier start-up's reader has said may be overtaken by a new start-up: it is for
+    // nobody then.
+    connect(reader, &NamedPipe::sigReadyRead, this, [this, reader](const QString& text) {
+        if (reader == m_reader)
+            slotReadyRead(text);
+    });
+    connect(reader, &NamedPipe::sigExitPipe, this, [this, reader] {
+        if (reader == m_reader)
+            slotExitReadPipe();
+    });
+    m_reader = reader;
+    reader->startReaderThread(name);
 }
 
 void KTChannelManager::startWriter(const QString& name)
@@ -147,7 +156,7 @@ void KTChannelManager::retirePipes()
     delete writer;
     if (m_reader) {
         m_reader->closePipe();
-        // What it has said may still be on its way, and is known by its sender: it goes behind
+        // What it has said may still be on its way, and is known by its address: it goes behind
         // that.
         QMetaObject::invokeMethod(
             this, [reader = std::shared_ptr<NamedPipe>(std::exchange(m_reader, nullptr))] {},
@@ -171,16 +180,8 @@ void KTChannelManager::closeAtExit()
         QCoreApplication::sendPostedEvents(ended, QEvent::DeferredDelete);
 }
 
-bool KTChannelManager::isOfAnEarlierReader() const
-{
-    const QObject* const from = sender();
-    return from && from != m_reader;
-}
-
 void KTChannelManager::slotReadyRead(QString text)
 {
-    if (isOfAnEarlierReader())
-        return;
     if (!m_started || text.isEmpty()) {
         LOG4CPLUS_WARN(Logger::logger(), "read data is empty " << text.toStdString());
         return;
@@ -206,8 +207,6 @@ void KTChannelManager::slotReadyRead(QString text)
 
 void KTChannelManager::slotExitReadPipe()
 {
-    if (isOfAnEarlierReader())
-        return;
     closePipes();
     if (m_context && m_context->startUpCallback)
         callCopy(m_context->startUpCallback, kHostWentAway, std::string(), QString());

@@ -130,8 +130,6 @@ private:
     void slotExitReadPipe();
     void startupCompleted(unsigned int code, const QString& text);
     void replayParkedRequests();
-    /// Whether the signal being handled is of an earlier start-up's reader, overtaken by a new one.
-    bool isOfAnEarlierReader() const;
 
     /// Whether a message can leave: the channel is started and has a writer. Any thread.
     bool canSend() const;
