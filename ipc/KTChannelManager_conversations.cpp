@@ -9,6 +9,8 @@
 
 #include <log4cplus/loggingmacros.h>
 
+#include <utility>
+
 namespace {
 
 constexpr char kAccusationApi[] = "showLXAccusation";
@@ -97,9 +99,9 @@ void KTChannelManager::requestMessage(KTProcessMessage& message)
         LOG4CPLUS_ERROR(Logger::logger(), "api not implemented " << api);
         return;
     }
-    const std::string url = JSONUtils::optString("url", request);
+    std::string url = JSONUtils::optString("url", request);
     if (m_observer && m_observer->onRequest) {
-        callCopy(m_observer->onRequest, url);
+        callCopy(m_observer->onRequest, std::move(url));
     } else {
         LOG4CPLUS_ERROR(Logger::logger(), "Unprocessed accusation detail, " << url);
     }

@@ -34,11 +34,20 @@ Json::ArrayIndex KTProcessMessage::argumentCount() const
 
 std::string KTProcessMessage::toJson() const
 {
+    return KTProcessMessage(*this).lendToJson();
+}
+
+std::string KTProcessMessage::lendToJson()
+{
+    if (arguments.isNull())
+        arguments = Json::Value(Json::arrayValue);
     Json::Value root;
     JSONUtils::put(kName, name, root);
     JSONUtils::put(kSource, source, root);
     JSONUtils::put(kSequence, sequence, root);
-    JSONUtils::put(kArguments, arguments.isNull() ? Json::Value(Json::arrayValue) : arguments,
-                   root);
-    return JSONUtils::stringFromJSON(root);
+    Json::Value& lent = root[kArguments];
+    lent.swap(arguments);
+    std::string text = JSONUtils::stringFromJSON(root);
+    lent.swap(arguments);
+    return text;
 }

@@ -35,10 +35,13 @@ struct KTProcessMessage
         name = messageName;
         arguments = Json::Value(Json::arrayValue);
         (append(values), ...);
-        return toJson();
+        return lendToJson();
     }
 
 private:
+    /// The same as toJson(), without a copy of the arguments.
+    std::string lendToJson();
+
     template<typename Value>
     void append(const Value& value)
     {
