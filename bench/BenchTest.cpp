@@ -76,23 +76,53 @@ TEST(FiguresTest, ShowTheWorseTail)
     EXPECT_EQ(columns.str(), "flood\t0\tlibrary\tmessages/s\t5\t1\n");
 }
 
+/// The row of the table of targets that begins with these cells.
+std::string targetRow(const Figures& figures, const std::string& beginning)
+{
+    std::ostringstream table;
+    figures.writeTable(table);
+    const std::string text = table.str();
+    const std::size_t begin = text.find(beginning);
+    return begin == std::string::npos ? text : text.substr(begin, text.find('\n', begin) - begin);
+}
+
 TEST(FiguresTest, SayWhichTargetsAreReached)
 {
     Figures figures;
-    for (const Target& target : kTargets) {
-        if (target.measurement != std::string("store") || target.other != std::string(kFloor))
-            continue;
-        const double own = target.parameter == 1 ? target.limit : target.limit + 0.1;
-        figures.add("store", target.parameter, kLibrary, kMicroseconds, {own});
-        figures.add("store", target.parameter, kFloor, kMicroseconds, {1});
+    for (const int accounts : {1, 10}) {
+        figures.add("store", accounts, kLibrary, kMicroseconds, {accounts == 1 ? 12.0 : 13.0});
+        figures.add("store", accounts, kFloor, kMicroseconds, {10});
     }
-    std::ostringstream table;
-    figures.writeTable(table);
-    EXPECT_NE(table.str().find("| store             |   1 | us             |  1.20 | floor"),
-              std::string::npos)
-        << table.str();
-    EXPECT_NE(table.str().find("at most 1.20 | pass |"), std::string::npos);
-    EXPECT_NE(table.str().find("at most 1.20 | **miss** |"), std::string::npos);
+    EXPECT_EQ(targetRow(figures, "| store             |   1"),
+              "| store             |   1 | us             |  1.20 | floor                      | "
+              "at most 1.20 | pass |");
+    EXPECT_EQ(targetRow(figures, "| store             |  10"),
+              "| store             |  10 | us             |  1.30 | floor                      | "
+              "at most 1.20 | **miss** |");
+}
+
+TEST(FiguresTest, CompareGrowthWithTheFloors)
+{
+    Figures figures;
+    figures.add("group, merging", 10, kLibrary, kMicroseconds, {20});
+    figures.add("group, merging", 50, kLibrary, kMicroseconds, {120});
+    figures.add("group, merging", 10, kFloor, kMicroseconds, {10});
+    EXPECT_EQ(targetRow(figures, "| group, merging    |  50 | us             |").find("growth"),
+              std::string::npos);
+    figures.add("group, merging", 50, kFloor, kMicroseconds, {60});
+    EXPECT_EQ(targetRow(figures, "| group, merging    |  50 | us             |"),
+              "| group, merging    |  50 | us             |  1.00 | floor, growth from 10      | "
+              "at most 1.20 | pass |");
+}
+
+TEST(FiguresTest, CompareWithThemselvesAtAnotherSize)
+{
+    Figures figures;
+    figures.add("store", 100, kLibrary, kMicroseconds, {10});
+    figures.add("store", 500, kLibrary, kMicroseconds, {50});
+    EXPECT_EQ(targetRow(figures, "| store             | 500"),
+              "| store             | 500 | us             |  5.00 | itself at 100              | "
+              "at most 6.00 | pass |");
 }
 
 } // namespace

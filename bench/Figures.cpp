@@ -68,28 +68,40 @@ void Figures::writeTable(std::ostream& out) const
     }
 }
 
+double Figures::ratioOf(const Target& target) const
+{
+    const auto median = [&](const char* contestant, int parameter) {
+        const Series* const series = find(target.measurement, parameter, contestant, target.unit);
+        return series ? series->median() : std::nan("");
+    };
+    const double own = median(kLibrary, target.parameter);
+    if (target.other == std::string(kNothing))
+        return own;
+    const double other = median(target.other, target.otherParameter);
+    if (target.otherParameter == target.parameter || target.other == std::string(kLibrary))
+        return own / other;
+    const double growth = own / median(kLibrary, target.otherParameter);
+    return growth / (median(target.other, target.parameter) / other);
+}
+
 void Figures::writeTargets(std::ostream& out) const
 {
     out << "| what | of | unit | ratio | to | should be | |\n"
            "|---|---:|---|---:|---|---|---|\n";
     for (const Target& target : kTargets) {
-        const Series* const own = find(target.measurement, target.parameter, kLibrary, target.unit);
-        const Series* const other =
-            find(target.measurement, target.otherParameter, target.other, target.unit);
-        const bool isAbsolute = target.other == std::string(kNothing);
-        if (!own || (!other && !isAbsolute))
+        const double ratio = ratioOf(target);
+        if (std::isnan(ratio))
             continue;
-        const double ratio = isAbsolute ? own->median() : own->median() / other->median();
         const bool reached = target.atLeast ? ratio >= target.limit : ratio <= target.limit;
+        std::string other = target.other;
+        if (target.otherParameter != target.parameter)
+            other = (other == kLibrary ? "itself at " : other + ", growth from ") +
+                    std::to_string(target.otherParameter);
         out << "| " << std::left << std::setw(17) << target.measurement << " | " << std::right
             << std::setw(3) << target.parameter << " | " << std::left << std::setw(14)
             << target.unit << " | " << std::right << std::setw(5) << ratio << " | " << std::left
-            << std::setw(26)
-            << (target.otherParameter == target.parameter
-                    ? target.other
-                    : "itself at " + std::to_string(target.otherParameter))
-            << " | " << (target.atLeast ? "at least " : "at most ") << target.limit << " | "
-            << (reached ? "pass" : "**miss**") << " |\n";
+            << std::setw(26) << other << " | " << (target.atLeast ? "at least " : "at most ")
+            << target.limit << " | " << (reached ? "pass" : "**miss**") << " |\n";
     }
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+struct Target;
+
 /// Everything that one contestant showed of one thing.
 struct Series
 {
@@ -35,6 +37,8 @@ public:
 
 private:
     void writeTargets(std::ostream& out) const;
+    /// No number where something of it was not measured.
+    [[nodiscard]] double ratioOf(const Target& target) const;
     [[nodiscard]] const Series* find(const std::string& measurement, int parameter,
                                      const std::string& contestant, const std::string& unit) const;
 
