@@ -94,9 +94,10 @@ void Figures::writeTargets(std::ostream& out) const
             continue;
         const bool reached = target.atLeast ? ratio >= target.limit : ratio <= target.limit;
         std::string other = target.other;
-        if (target.otherParameter != target.parameter)
-            other = (other == kLibrary ? "itself at " : other + ", growth from ") +
-                    std::to_string(target.otherParameter);
+        if (target.otherParameter != target.parameter) {
+            other = other == kLibrary ? "itself at " : other.append(", growth from ");
+            other += std::to_string(target.otherParameter);
+        }
         out << "| " << std::left << std::setw(17) << target.measurement << " | " << std::right
             << std::setw(3) << target.parameter << " | " << std::left << std::setw(14)
             << target.unit << " | " << std::right << std::setw(5) << ratio << " | " << std::left

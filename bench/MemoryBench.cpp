@@ -9,6 +9,8 @@
 #include "bench/messages/Transport.h"
 #include "pavo_base/Logger.h"
 
+#include <iostream>
+
 namespace {
 
 constexpr const char* kRole = "memory";
@@ -26,7 +28,6 @@ int beMeasured(const QStringList& arguments)
     QCoreApplication::setApplicationName(arguments[1]);
     Logger::initialise(log4cplus::OFF_LOG_LEVEL);
     std::unique_ptr<WorkbenchEnd> end;
-    MAManagerProbe manager;
     const auto growthBy = [](const auto& act) {
         const MemoryUse before = memoryUse();
         act();
@@ -38,8 +39,9 @@ int beMeasured(const QStringList& arguments)
             return growthBy([&] { end = makeLibraryEnd(arguments[0]); });
         if (command == "join")
             return growthBy([&] {
-                manager.initManager(kAppID, pinOf(1), kClassName, titleOf(pinOf(1)), 1);
-                manager.loginAccountCount();
+                const auto manager = MAManager::Instance();
+                manager->initManager(kAppID, pinOf(1), kClassName, titleOf(pinOf(1)), 1);
+                manager->loginAccountCount();
             });
         if (command == "exchange") {
             const int count = std::atoi(argument.c_str());
@@ -74,7 +76,12 @@ std::string growthByLoading()
     loader.start(siblingExecutable(QLatin1String(kLoader)),
                  {siblingExecutable(QStringLiteral(PAVO_IPC_FILE))});
     loader.waitForFinished(-1);
-    return loader.readAllStandardOutput().toStdString();
+    const QByteArray growth = loader.readAllStandardOutput();
+    if (growth.isEmpty()) {
+        std::cerr << "pavo-bench: " << kLoader << " says nothing\n";
+        std::exit(1);
+    }
+    return growth.toStdString();
 }
 
 /// Has so many messages received and sent, and returns what memory the process occupies then.
