@@ -8,7 +8,6 @@
 namespace {
 
 constexpr int kPatienceMs = 120000;
-constexpr int kStarts = 3;
 constexpr const char* kReady = "ready";
 
 } // namespace
@@ -36,14 +35,12 @@ void ChildEnder::operator()(RoleProcess* child) const
 
 Child startChild(const char* role, const QStringList& arguments)
 {
-    // Now and then a start fails under Wine, with an internal error.
-    for (int i = 0; i < kStarts; ++i) {
-        Child child(new RoleProcess(role, arguments));
-        if (child->nextLine(kPatienceMs) == kReady)
-            return child;
+    Child child(new RoleProcess(role, arguments));
+    if (child->nextLine(kPatienceMs) != kReady) {
+        std::cerr << "pavo-bench: " << role << " does not start\n";
+        std::exit(1);
     }
-    std::cerr << "pavo-bench: " << role << " does not start\n";
-    std::exit(1);
+    return child;
 }
 
 std::string answerOf(const Child& child)

@@ -28,7 +28,7 @@ protected:
     static Result run(const QStringList& more)
     {
         QProcess process;
-        process.start(siblingExecutable(QStringLiteral("pavo-accounts")), arguments(more));
+        startProgram(process, siblingExecutable(QStringLiteral("pavo-accounts")), arguments(more));
         EXPECT_TRUE(process.waitForFinished(kDeadlineMs));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
         return {process.exitCode(), text(process.readAllStandardOutput()),
@@ -124,8 +124,8 @@ TEST_F(AccountsToolTest, LeavesNothingBehindWhereNobodyRuns)
 TEST_F(AccountsToolTest, WatchesWithoutKeepingTheSegment)
 {
     QProcess process;
-    process.start(siblingExecutable(QStringLiteral("pavo-accounts")),
-                  arguments({QStringLiteral("--watch"), QStringLiteral("--json")}));
+    startProgram(process, siblingExecutable(QStringLiteral("pavo-accounts")),
+                 arguments({QStringLiteral("--watch"), QStringLiteral("--json")}));
     const auto nextLine = [&] {
         EXPECT_TRUE(waitUntil([&] { return process.canReadLine(); }));
         Json::Value value;

@@ -23,7 +23,7 @@ constexpr int kToolDeadlineMs = 10 * kDeadlineMs;
 ToolResult runTool(const QString& name, const QStringList& arguments, const QByteArray& input)
 {
     QProcess process;
-    process.start(siblingExecutable(name), arguments);
+    startProgram(process, siblingExecutable(name), arguments);
     process.write(input);
     process.closeWriteChannel();
     const bool ended = process.waitForFinished(kToolDeadlineMs);

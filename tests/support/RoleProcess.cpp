@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr int kStarts = 3;
+
 std::map<QString, Role::Run>& roles()
 {
     static std::map<QString, Role::Run> roles;
@@ -57,11 +59,21 @@ QString siblingExecutable(const QString& name)
     return QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
 }
 
+bool startProgram(QProcess& process, const QString& program, const QStringList& arguments)
+{
+    for (int i = 0; i < kStarts; ++i) {
+        process.start(program, arguments);
+        if (process.waitForStarted(kDeadlineMs))
+            return true;
+    }
+    return false;
+}
+
 RoleProcess::RoleProcess(const char* role, const QStringList& arguments)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(QCoreApplication::applicationFilePath(),
-                    QStringList{roleOption(), QString::fromLatin1(role)} + arguments);
+    startProgram(m_process, QCoreApplication::applicationFilePath(),
+                 QStringList{roleOption(), QString::fromLatin1(role)} + arguments);
 }
 
 RoleProcess::~RoleProcess()

@@ -29,6 +29,10 @@ std::string nextLineFromParent();
 /// The path of another executable of this build, which lies beside the running one.
 QString siblingExecutable(const QString& name);
 
+/// Starts a program and returns whether it runs. Wine fails now and then with an internal error to
+/// start one that there is: it is tried again.
+bool startProgram(QProcess& process, const QString& program, const QStringList& arguments);
+
 /// This executable once more, in a role. Killed at destruction.
 class RoleProcess
 {
